@@ -1,0 +1,36 @@
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include <string>
+
+namespace tarvo::bench
+{
+/// The instruction set the benchmark binary was compiled for, reported with every run.
+inline std::string instructionSet()
+{
+#if defined(__AVX512F__)
+    return "avx512";
+#elif defined(__AVX2__)
+    return "avx2";
+#elif defined(__AVX__)
+    return "avx";
+#elif defined(__SSE4_2__)
+    return "sse4.2";
+#elif defined(__x86_64__)
+    return "sse2 (x86-64 baseline)";
+#elif defined(__aarch64__)
+    return "neon (arm64)";
+#else
+    return "generic";
+#endif
+}
+
+/// Reports nanoseconds per processed element (sample, or sample times channel).
+inline void reportNanosecondsPer(benchmark::State& state, double elementsPerIteration, const char* unit = "ns/element")
+{
+    state.counters[unit] = benchmark::Counter(elementsPerIteration, benchmark::Counter::kIsIterationInvariantRate |
+                                                                        benchmark::Counter::kInvert);
+    state.SetLabel(instructionSet());
+}
+} // namespace tarvo::bench

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "math/TarvoDspPrimitiveStatus.h"
+
+#include <cstdint>
+
+namespace ondo::primitives
+{
+/// The state of a cascade of biquad sections, placed in memory that the caller provides.
+struct BiquadState;
+
+/// Bytes of memory a state of `numSections` needs (alignment slack included).
+Status biquadGetStateSize(int numSections, int* size);
+
+/// Installs a cascade into `memory` and stores its handle in `*handle`. `taps` holds six
+/// floats a section: b0 b1 b2 a0 a1 a2. A section whose a0 or b0 is 0 ends the loop with
+/// `divisionByZeroInTaps`, the sections before it being installed and the later ones
+/// keeping what the memory held. `delayLine` (two floats a section) is copied in; null
+/// means zeros. Re-running it on the same memory with the present delay line carries the
+/// signal on without a click.
+Status biquadInit(BiquadState** handle, const float* taps, int numSections, const float* delayLine,
+                  std::uint8_t* memory);
+
+/// Runs the cascade, transposed direct form II, section after section on each sample.
+/// `src` and `dst` may be the same. Real-time safe.
+Status biquadProcess(const float* src, float* dst, int n, BiquadState* handle);
+
+/// Copies two floats a section into the delay line; null zeroes it.
+Status biquadSetDelayLine(BiquadState* handle, const float* delayLine);
+
+/// Copies the present delay line (two floats a section) out, so that an owner can keep it.
+Status biquadGetDelayLine(const BiquadState* handle, float* delayLine);
+} // namespace ondo::primitives

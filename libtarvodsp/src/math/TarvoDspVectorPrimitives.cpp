@@ -1,0 +1,297 @@
+#include "math/TarvoDspVectorPrimitives.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+// Plain loops: the compiler vectorises them at -O3 without any intrinsic.
+
+namespace ondo::primitives
+{
+namespace
+{
+template <typename... Pointers>
+Status check(int n, const Pointers*... pointers)
+{
+    if (((pointers == nullptr) || ...))
+        return nullPointer;
+    if (n < 1)
+        return badLength;
+    return done;
+}
+
+template <typename T>
+Status set(T value, T* dst, int n)
+{
+    if (const Status s = check(n, dst); s != done)
+        return s;
+    std::fill(dst, dst + n, value);
+    return done;
+}
+
+template <typename T>
+Status zero(T* dst, int n)
+{
+    if (const Status s = check(n, dst); s != done)
+        return s;
+    std::memset(dst, 0, static_cast<std::size_t>(n) * sizeof(T));
+    return done;
+}
+
+template <typename T>
+Status copy(const T* src, T* dst, int n)
+{
+    if (const Status s = check(n, src, dst); s != done)
+        return s;
+    if (src != dst)
+        std::memmove(dst, src, static_cast<std::size_t>(n) * sizeof(T));
+    return done;
+}
+
+template <typename T>
+Status addInPlace(const T* src, T* dst, int n)
+{
+    if (const Status s = check(n, src, dst); s != done)
+        return s;
+    for (int i = 0; i < n; ++i)
+        dst[i] += src[i];
+    return done;
+}
+
+template <typename T>
+Status subtractInPlace(const T* src, T* dst, int n)
+{
+    if (const Status s = check(n, src, dst); s != done)
+        return s;
+    for (int i = 0; i < n; ++i)
+        dst[i] -= src[i];
+    return done;
+}
+
+template <typename T>
+Status subtract(const T* b, const T* a, T* dst, int n)
+{
+    if (const Status s = check(n, a, b, dst); s != done)
+        return s;
+    for (int i = 0; i < n; ++i)
+        dst[i] = a[i] - b[i];
+    return done;
+}
+
+template <typename T>
+Status multiplyConstantInPlace(T value, T* dst, int n)
+{
+    if (const Status s = check(n, dst); s != done)
+        return s;
+    if (value == T(1))
+        return done;
+    if (value == T(0))
+        return zero(dst, n);
+    for (int i = 0; i < n; ++i)
+        dst[i] *= value;
+    return done;
+}
+
+template <typename T>
+Status multiplyConstant(const T* src, T value, T* dst, int n)
+{
+    if (const Status s = check(n, src, dst); s != done)
+        return s;
+    if (value == T(1))
+        return copy(src, dst, n);
+    if (value == T(0))
+        return zero(dst, n);
+    for (int i = 0; i < n; ++i)
+        dst[i] = src[i] * value;
+    return done;
+}
+
+template <typename T>
+Status multiplyInPlace(const T* src, T* dst, int n)
+{
+    if (const Status s = check(n, src, dst); s != done)
+        return s;
+    for (int i = 0; i < n; ++i)
+        dst[i] *= src[i];
+    return done;
+}
+
+template <typename T>
+Status dot(const T* a, const T* b, int n, T* result)
+{
+    if (const Status s = check(n, a, b, result); s != done)
+        return s;
+    double sum = 0.0;
+    for (int i = 0; i < n; ++i)
+        sum += static_cast<double>(a[i]) * static_cast<double>(b[i]);
+    *result = static_cast<T>(sum);
+    return done;
+}
+} // namespace
+
+Status vectorSet32(float value, float* dst, int n) { return set(value, dst, n); }
+Status vectorSet64(double value, double* dst, int n) { return set(value, dst, n); }
+Status vectorZero32(float* dst, int n) { return zero(dst, n); }
+Status vectorZero64(double* dst, int n) { return zero(dst, n); }
+Status vectorCopy32(const float* src, float* dst, int n) { return copy(src, dst, n); }
+Status vectorCopy64(const double* src, double* dst, int n) { return copy(src, dst, n); }
+
+Status vectorAddConstant64(double value, double* dst, int n)
+{
+    if (const Status s = check(n, dst); s != done)
+        return s;
+    if (value == 0.0)
+        return done;
+    for (int i = 0; i < n; ++i)
+        dst[i] += value;
+    return done;
+}
+
+Status vectorAdd32InPlace(const float* src, float* dst, int n) { return addInPlace(src, dst, n); }
+Status vectorAdd64InPlace(const double* src, double* dst, int n) { return addInPlace(src, dst, n); }
+
+Status vectorAdd32(const float* a, const float* b, float* dst, int n)
+{
+    if (const Status s = check(n, a, b, dst); s != done)
+        return s;
+    for (int i = 0; i < n; ++i)
+        dst[i] = a[i] + b[i];
+    return done;
+}
+
+Status vectorSubtract32InPlace(const float* src, float* dst, int n) { return subtractInPlace(src, dst, n); }
+Status vectorSubtract64InPlace(const double* src, double* dst, int n) { return subtractInPlace(src, dst, n); }
+Status vectorSubtract32(const float* b, const float* a, float* dst, int n) { return subtract(b, a, dst, n); }
+Status vectorSubtract64(const double* b, const double* a, double* dst, int n) { return subtract(b, a, dst, n); }
+
+Status vectorMultiplyConstant32InPlace(float value, float* dst, int n)
+{
+    return multiplyConstantInPlace(value, dst, n);
+}
+Status vectorMultiplyConstant64InPlace(double value, double* dst, int n)
+{
+    return multiplyConstantInPlace(value, dst, n);
+}
+Status vectorMultiplyConstant32(const float* src, float value, float* dst, int n)
+{
+    return multiplyConstant(src, value, dst, n);
+}
+Status vectorMultiplyConstant64(const double* src, double value, double* dst, int n)
+{
+    return multiplyConstant(src, value, dst, n);
+}
+
+Status vectorMultiply32InPlace(const float* src, float* dst, int n) { return multiplyInPlace(src, dst, n); }
+Status vectorMultiply64InPlace(const double* src, double* dst, int n) { return multiplyInPlace(src, dst, n); }
+
+Status vectorAddProductConstant32(const float* src, float value, float* dst, int n)
+{
+    if (const Status s = check(n, src, dst); s != done)
+        return s;
+    for (int i = 0; i < n; ++i)
+        dst[i] += src[i] * value;
+    return done;
+}
+
+Status vectorAddProduct32(const float* a, const float* b, float* dst, int n)
+{
+    if (const Status s = check(n, a, b, dst); s != done)
+        return s;
+    for (int i = 0; i < n; ++i)
+        dst[i] += a[i] * b[i];
+    return done;
+}
+
+Status vectorSquareRoot32InPlace(float* dst, int n)
+{
+    if (const Status s = check(n, dst); s != done)
+        return s;
+    bool sawNegative = false;
+    for (int i = 0; i < n; ++i)
+        sawNegative |= dst[i] < 0.0f;
+    for (int i = 0; i < n; ++i)
+        dst[i] = dst[i] < 0.0f ? -std::numeric_limits<float>::quiet_NaN() : std::sqrt(dst[i]);
+    return sawNegative ? squareRootOfNegative : done;
+}
+
+Status vectorReverse64InPlace(double* dst, int n)
+{
+    if (const Status s = check(n, dst); s != done)
+        return s;
+    std::reverse(dst, dst + n);
+    return done;
+}
+
+Status vectorReverse64(const double* src, double* dst, int n)
+{
+    if (src == dst)
+        return vectorReverse64InPlace(dst, n);
+    if (const Status s = check(n, src, dst); s != done)
+        return s;
+    for (int i = 0; i < n; ++i)
+        dst[n - 1 - i] = src[i];
+    return done;
+}
+
+Status vectorConvert32To64(const float* src, double* dst, int n)
+{
+    if (const Status s = check(n, src, dst); s != done)
+        return s;
+    for (int i = 0; i < n; ++i)
+        dst[i] = static_cast<double>(src[i]);
+    return done;
+}
+
+Status vectorConvert64To32(const double* src, float* dst, int n)
+{
+    if (const Status s = check(n, src, dst); s != done)
+        return s;
+    constexpr double largest = std::numeric_limits<float>::max();
+    // The clamp comes before the narrowing so that it stays defined; a NaN passes through.
+    // Selects on values, not references, so that the loop stays branch-free and vectorises.
+    for (int i = 0; i < n; ++i)
+    {
+        const double x = src[i];
+        const double below = largest < x ? largest : x;
+        dst[i] = static_cast<float>(below < -largest ? -largest : below);
+    }
+    return done;
+}
+
+Status vectorSum32(const float* src, int n, float* result, int /*hint*/)
+{
+    if (const Status s = check(n, src, result); s != done)
+        return s;
+    double sum = 0.0;
+    for (int i = 0; i < n; ++i)
+        sum += static_cast<double>(src[i]);
+    *result = static_cast<float>(sum);
+    return done;
+}
+
+Status vectorDot32(const float* a, const float* b, int n, float* result) { return dot(a, b, n, result); }
+Status vectorDot64(const double* a, const double* b, int n, double* result) { return dot(a, b, n, result); }
+
+Status vectorNormInfinity64(const double* src, int n, double* result)
+{
+    if (const Status s = check(n, src, result); s != done)
+        return s;
+    double largest = 0.0;
+    for (int i = 0; i < n; ++i)
+        largest = std::max(largest, std::abs(src[i]));
+    *result = largest;
+    return done;
+}
+
+Status vectorNormL2_64(const double* src, int n, double* result)
+{
+    if (const Status s = check(n, src, result); s != done)
+        return s;
+    double sum = 0.0;
+    for (int i = 0; i < n; ++i)
+        sum += src[i] * src[i];
+    *result = std::sqrt(sum);
+    return done;
+}
+} // namespace ondo::primitives

@@ -1,0 +1,18 @@
+#!/usr/bin/env bash
+# Sets everything up and runs the whole test suite twice: an optimised build, and a build
+# under AddressSanitizer and UndefinedBehaviorSanitizer with warnings as errors.
+set -euo pipefail
+root="$(cd "$(dirname "$0")/.." && pwd)"
+bash "$root/scripts/setup.sh"
+jobs="$(nproc)"
+
+echo "== optimised build"
+bash "$root/scripts/build.sh" "$root/build/test-release" -DCMAKE_BUILD_TYPE=Release -DTARVO_BUILD_BENCHMARKS=ON
+ctest --test-dir "$root/build/test-release" --output-on-failure -j "$jobs"
+
+echo "== address and undefined-behaviour sanitizers"
+bash "$root/scripts/build.sh" "$root/build/test-asan" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+  -DTARVO_SANITIZE=address,undefined -DTARVO_WERROR=ON
+ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
+  ctest --test-dir "$root/build/test-asan" --output-on-failure -j "$jobs"
+echo "== all tests passed"
