@@ -13,6 +13,6 @@ ctest --test-dir "$root/build/test-release" --output-on-failure -j "$jobs"
 echo "== address and undefined-behaviour sanitizers"
 bash "$root/scripts/build.sh" "$root/build/test-asan" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
   -DTARVO_SANITIZE=address,undefined -DTARVO_WERROR=ON
-ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
+ASAN_OPTIONS=detect_leaks=1:abort_on_error=1:allocator_may_return_null=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
   ctest --test-dir "$root/build/test-asan" --output-on-failure -j "$jobs"
 echo "== all tests passed"

@@ -7,9 +7,9 @@ namespace ondo
 {
 SourceLocation::SourceLocation(const char* path, int lineNumber) : line(lineNumber)
 {
-    std::string text = path != nullptr ? path : "";
+    const std::string_view text = path != nullptr ? path : "";
     const auto slash = text.find_last_of("/\\");
-    file = slash == std::string::npos ? text : text.substr(slash + 1);
+    file = slash == std::string_view::npos ? text : text.substr(slash + 1);
 }
 
 Exception::Exception(std::string text, SourceLocation where, bool report, bool quiet)

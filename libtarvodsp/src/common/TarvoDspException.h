@@ -3,19 +3,22 @@
 #include <exception>
 #include <iosfwd>
 #include <string>
+#include <string_view>
 
 namespace ondo
 {
-/// Where an exception was raised: a file name (path stripped) and a line.
+/// Where an exception was raised: a file name (path stripped) and a line. Building one
+/// allocates nothing, so a location may be prepared on the audio thread.
 struct SourceLocation
 {
     SourceLocation() = default;
-    /// Keeps only the file name of `path`, so that reports do not depend on the build machine.
+    /// Keeps only the file name of `path`, so that reports do not depend on the build
+    /// machine. `path` must outlive the location: a literal such as __FILE__.
     SourceLocation(const char* path, int line);
 
     bool isEmpty() const { return file.empty(); }
 
-    std::string file;
+    std::string_view file;
     int line = 0;
 };
 

@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
+#include <stdexcept>
 #include <initializer_list>
 #include <type_traits>
 #include <utility>
@@ -77,6 +79,8 @@ public:
         const std::size_t oldSize = size();
         if (n == oldSize)
             return;
+        if (n > maxSize())
+            rethrowAsOutOfRange();
         if (n > capacity())
             reallocate(n, oldSize);
         last = first + n;
@@ -188,7 +192,21 @@ public:
 
     bool operator==(const Vector& other) const { return std::equal(begin(), end(), other.begin(), other.end()); }
 
+    static constexpr std::size_t maxSize() { return static_cast<std::size_t>(PTRDIFF_MAX) / sizeof(T); }
+
 private:
+    [[noreturn]] static void rethrowAsOutOfRange()
+    {
+        try
+        {
+            throw std::length_error("allocation overflow.");
+        }
+        catch (...)
+        {
+            rethrowAllocationFailure();
+        }
+    }
+
     static void copyBytes(T* destination, const T* source, std::size_t n)
     {
         if (n > 0)

@@ -65,6 +65,7 @@ void InletsActivityAnalyzer::setAttack(float seconds)
     }
     active = true;
     attackSeconds = std::clamp(seconds, 1.0f, 500.0f);
-    attackSamples = static_cast<std::uint64_t>(std::floor(attackSeconds * 1000.0f * 0.001f * sampleRate));
+    // In double: 500 s must give exactly 500 times the rate, which float products miss.
+    attackSamples = static_cast<std::uint64_t>(std::floor(static_cast<double>(attackSeconds) * 1000.0 * 0.001 * sampleRate));
 }
 } // namespace ondo
