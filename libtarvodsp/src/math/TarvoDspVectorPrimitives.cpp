@@ -49,35 +49,31 @@ Status copy(const T* src, T* dst, int n)
     return done;
 }
 
-template <typename T>
-Status addInPlace(const T* src, T* dst, int n)
+// dst[i] = op(dst[i], src[i]): the in-place arithmetic family.
+template <typename T, typename Operation>
+Status inPlace(const T* src, T* dst, int n, Operation op)
 {
     if (const Status s = check(n, src, dst); s != done)
         return s;
     for (int i = 0; i < n; ++i)
-        dst[i] += src[i];
+        dst[i] = op(dst[i], src[i]);
     return done;
 }
 
-template <typename T>
-Status subtractInPlace(const T* src, T* dst, int n)
-{
-    if (const Status s = check(n, src, dst); s != done)
-        return s;
-    for (int i = 0; i < n; ++i)
-        dst[i] -= src[i];
-    return done;
-}
-
-template <typename T>
-Status subtract(const T* b, const T* a, T* dst, int n)
+// dst[i] = op(a[i], b[i]).
+template <typename T, typename Operation>
+Status outOfPlace(const T* a, const T* b, T* dst, int n, Operation op)
 {
     if (const Status s = check(n, a, b, dst); s != done)
         return s;
     for (int i = 0; i < n; ++i)
-        dst[i] = a[i] - b[i];
+        dst[i] = op(a[i], b[i]);
     return done;
 }
+
+constexpr auto plus = [](auto x, auto y) { return x + y; };
+constexpr auto minus = [](auto x, auto y) { return x - y; };
+constexpr auto times = [](auto x, auto y) { return x * y; };
 
 template <typename T>
 Status multiplyConstantInPlace(T value, T* dst, int n)
@@ -107,15 +103,6 @@ Status multiplyConstant(const T* src, T value, T* dst, int n)
     return done;
 }
 
-template <typename T>
-Status multiplyInPlace(const T* src, T* dst, int n)
-{
-    if (const Status s = check(n, src, dst); s != done)
-        return s;
-    for (int i = 0; i < n; ++i)
-        dst[i] *= src[i];
-    return done;
-}
 
 template <typename T>
 Status dot(const T* a, const T* b, int n, T* result)
@@ -148,22 +135,13 @@ Status vectorAddConstant64(double value, double* dst, int n)
     return done;
 }
 
-Status vectorAdd32InPlace(const float* src, float* dst, int n) { return addInPlace(src, dst, n); }
-Status vectorAdd64InPlace(const double* src, double* dst, int n) { return addInPlace(src, dst, n); }
-
-Status vectorAdd32(const float* a, const float* b, float* dst, int n)
-{
-    if (const Status s = check(n, a, b, dst); s != done)
-        return s;
-    for (int i = 0; i < n; ++i)
-        dst[i] = a[i] + b[i];
-    return done;
-}
-
-Status vectorSubtract32InPlace(const float* src, float* dst, int n) { return subtractInPlace(src, dst, n); }
-Status vectorSubtract64InPlace(const double* src, double* dst, int n) { return subtractInPlace(src, dst, n); }
-Status vectorSubtract32(const float* b, const float* a, float* dst, int n) { return subtract(b, a, dst, n); }
-Status vectorSubtract64(const double* b, const double* a, double* dst, int n) { return subtract(b, a, dst, n); }
+Status vectorAdd32InPlace(const float* src, float* dst, int n) { return inPlace(src, dst, n, plus); }
+Status vectorAdd64InPlace(const double* src, double* dst, int n) { return inPlace(src, dst, n, plus); }
+Status vectorAdd32(const float* a, const float* b, float* dst, int n) { return outOfPlace(a, b, dst, n, plus); }
+Status vectorSubtract32InPlace(const float* src, float* dst, int n) { return inPlace(src, dst, n, minus); }
+Status vectorSubtract64InPlace(const double* src, double* dst, int n) { return inPlace(src, dst, n, minus); }
+Status vectorSubtract32(const float* b, const float* a, float* dst, int n) { return outOfPlace(a, b, dst, n, minus); }
+Status vectorSubtract64(const double* b, const double* a, double* dst, int n) { return outOfPlace(a, b, dst, n, minus); }
 
 Status vectorMultiplyConstant32InPlace(float value, float* dst, int n)
 {
@@ -182,8 +160,8 @@ Status vectorMultiplyConstant64(const double* src, double value, double* dst, in
     return multiplyConstant(src, value, dst, n);
 }
 
-Status vectorMultiply32InPlace(const float* src, float* dst, int n) { return multiplyInPlace(src, dst, n); }
-Status vectorMultiply64InPlace(const double* src, double* dst, int n) { return multiplyInPlace(src, dst, n); }
+Status vectorMultiply32InPlace(const float* src, float* dst, int n) { return inPlace(src, dst, n, times); }
+Status vectorMultiply64InPlace(const double* src, double* dst, int n) { return inPlace(src, dst, n, times); }
 
 Status vectorAddProductConstant32(const float* src, float value, float* dst, int n)
 {
