@@ -70,17 +70,21 @@ void Ramp::setSampleRate(float rate)
 
 void Ramp::fill(float* out, std::uint32_t n)
 {
+    // Work on local copies; each field is read once and written back once.
+    std::uint64_t remaining = remainingSamples;
+    float current = currentValue;
+    const float step = increment;
     std::uint32_t written = 0;
     while (written < n)
     {
-        if (remainingSamples == 0)
+        if (remaining == 0)
         {
-            currentValue = targetValue;
-            std::fill(out + written, out + n, currentValue);
-            return;
+            current = targetValue;
+            std::fill(out + written, out + n, current);
+            break;
         }
-        const auto k = static_cast<std::uint32_t>(std::min<std::uint64_t>(n - written, remainingSamples));
-        const float end = currentValue + static_cast<float>(k) * increment;
+        const auto k = static_cast<std::uint32_t>(std::min<std::uint64_t>(n - written, remaining));
+        const float end = current + static_cast<float>(k) * step;
         if (k == 1)
         {
             out[written] = end;
@@ -89,15 +93,17 @@ void Ramp::fill(float* out, std::uint32_t n)
         {
             // The k samples run evenly from the current value to `end` inclusive; the last
             // one is written as `end` itself so that rounding never misses it.
-            const float step = (end - currentValue) / static_cast<float>(k - 1);
+            const float slope = (end - current) / static_cast<float>(k - 1);
             for (std::uint32_t j = 0; j + 1 < k; ++j)
-                out[written + j] = static_cast<float>(j) * step + currentValue;
+                out[written + j] = static_cast<float>(j) * slope + current;
             out[written + k - 1] = end;
         }
         written += k;
-        remainingSamples -= k;
-        currentValue = end;
+        remaining -= k;
+        current = end;
     }
+    remainingSamples = remaining;
+    currentValue = current;
 }
 
 float Ramp::getValue(std::uint64_t k) const
@@ -111,13 +117,15 @@ float Ramp::getValue(std::uint64_t k) const
 
 float Ramp::advance(std::uint64_t k)
 {
-    if (remainingSamples == 0)
+    const std::uint64_t remaining = remainingSamples;
+    if (remaining == 0)
         return currentValue;
-    const std::uint64_t step = std::min(k, remainingSamples);
-    remainingSamples -= step;
-    currentValue += static_cast<float>(step) * increment;
-    if (remainingSamples == 0)
-        currentValue = targetValue;
-    return currentValue;
+    const std::uint64_t step = std::min(k, remaining);
+    float current = currentValue + static_cast<float>(step) * increment;
+    if (step == remaining)
+        current = targetValue;
+    remainingSamples = remaining - step;
+    currentValue = current;
+    return current;
 }
 } // namespace ondo

@@ -1,11 +1,17 @@
 #pragma once
 
+#include "common/TarvoDspRelaxedAtomic.h"
+
 #include <cstdint>
 
 namespace ondo
 {
 /// A value that travels linearly to a target over a time in milliseconds, read as a block
 /// of per-sample values or as one value. Allocates nothing.
+///
+/// Targets may be set on a control thread while the audio thread reads and advances the
+/// ramp: every field is handed over on its own, so a block sees the old or the new value of
+/// each, and a glide always ends on the target it was last given.
 class Ramp
 {
 public:
@@ -44,13 +50,13 @@ public:
 private:
     void jumpTo(float value);
 
-    float startValue = 0.0f;
-    float currentValue = 0.0f;
-    float targetValue = 0.0f;
-    float increment = 0.0f;
-    float sampleRate = 44100.0f;
-    std::uint64_t remainingSamples = 0;
-    std::uint64_t totalSamples = 0;
-    float rampTime = defaultRampTimeMs;
+    RelaxedAtomic<float> startValue = 0.0f;
+    RelaxedAtomic<float> currentValue = 0.0f;
+    RelaxedAtomic<float> targetValue = 0.0f;
+    RelaxedAtomic<float> increment = 0.0f;
+    RelaxedAtomic<float> sampleRate = 44100.0f;
+    RelaxedAtomic<std::uint64_t> remainingSamples = 0;
+    RelaxedAtomic<std::uint64_t> totalSamples = 0;
+    RelaxedAtomic<float> rampTime = defaultRampTimeMs;
 };
 } // namespace ondo
