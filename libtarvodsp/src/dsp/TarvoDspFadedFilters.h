@@ -69,6 +69,25 @@ public:
     void filterBlock(float* out, const float* in, std::uint32_t n, bool add = false)
     {
         updateState();
+        runBlock(out, in, n, add);
+    }
+
+    /// The first half of `filterBlock`, for owners that run several channels' steady
+    /// instances side by side: runs the stage update and returns the instance that will
+    /// play alone through the whole block, or null. Then either `runBlock`, or run that
+    /// instance's kernel for the block, must follow. Audio thread; real-time safe.
+    T* beginBlock()
+    {
+        updateState();
+        if (remaining >= 1)
+            return nullptr;
+        return state == playingA ? &filterA : (state == playingB ? &filterB : nullptr);
+    }
+
+    /// The second half of `filterBlock`: the block after the stage update. Audio thread;
+    /// real-time safe.
+    void runBlock(float* out, const float* in, std::uint32_t n, bool add = false)
+    {
         const auto count = static_cast<int>(n);
         if (remaining >= count)
         {
