@@ -11,6 +11,8 @@
 
 namespace
 {
+using tarvo::testing::noise;
+
 using ondo::BiquadCoefficients;
 using ondo::BiquadIPP;
 
@@ -29,17 +31,6 @@ std::vector<double> referenceDirectForm(const BiquadCoefficients& c, const std::
         out[i] = y;
     }
     return out;
-}
-
-std::vector<float> noise(std::size_t n, unsigned seed = 7)
-{
-    std::vector<float> v(n);
-    for (auto& x : v)
-    {
-        seed = seed * 1664525u + 1013904223u;
-        x = static_cast<float>(seed >> 8) / 8388608.0f - 1.0f;
-    }
-    return v;
 }
 
 const BiquadCoefficients resonant{0.2, 0.1, 0.05, 1.0, -1.6, 0.81};

@@ -13,6 +13,18 @@
 
 namespace tarvo::testing
 {
+/// A repeatable uniform noise in [-1, 1), from a linear congruential generator.
+inline std::vector<float> noise(std::size_t n, unsigned seed = 7)
+{
+    std::vector<float> v(n);
+    for (auto& x : v)
+    {
+        seed = seed * 1664525u + 1013904223u;
+        x = static_cast<float>(seed >> 8) / 8388608.0f - 1.0f;
+    }
+    return v;
+}
+
 /// |H(e^jw)| of one section at `hertz`, evaluated in double with complex arithmetic.
 inline double magnitude(const ondo::BiquadCoefficients& c, double hertz, double sampleRate)
 {

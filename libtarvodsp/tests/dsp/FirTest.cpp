@@ -4,6 +4,7 @@
 #include "common/TarvoDspException.h"
 
 #include "AllocationCounter.h"
+#include "FilterResponse.h"
 
 #include <gtest/gtest.h>
 
@@ -11,19 +12,10 @@
 
 namespace
 {
+using tarvo::testing::noise;
+
 using ondo::Fir;
 using ondo::FirTimeDomain;
-
-std::vector<float> noise(std::size_t n, unsigned seed = 3)
-{
-    std::vector<float> v(n);
-    for (auto& x : v)
-    {
-        seed = seed * 1664525u + 1013904223u;
-        x = static_cast<float>(seed >> 8) / 8388608.0f - 1.0f;
-    }
-    return v;
-}
 
 TEST(FirTimeDomain, ImpulseGivesTheTapsThenZeros)
 {

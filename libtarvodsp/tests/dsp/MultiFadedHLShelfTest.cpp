@@ -10,20 +10,11 @@
 
 namespace
 {
+using tarvo::testing::noise;
+
 using ondo::FadedHLShelf;
 using ondo::HLShelfParameters;
 using ondo::MultiFadedHLShelf;
-
-std::vector<float> noise(std::size_t n, unsigned seed)
-{
-    std::vector<float> v(n);
-    for (auto& x : v)
-    {
-        seed = seed * 1664525u + 1013904223u;
-        x = static_cast<float>(seed >> 8) / 8388608.0f - 1.0f;
-    }
-    return v;
-}
 
 HLShelfParameters decay(int channel)
 {
