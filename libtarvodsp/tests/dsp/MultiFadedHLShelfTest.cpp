@@ -78,6 +78,7 @@ TEST(MultiFadedHLShelf, SideBySideChannelsMatchChannelByChannel)
         s.setParameters(HLShelfParameters{}, false);
     }
     std::vector<std::vector<float>> in(numChannels), out(numChannels), expected(numChannels);
+    const std::uint32_t n = 61; // not a multiple of the four samples a step takes
     std::vector<float*> ins(numChannels), outs(numChannels);
     int sideBySideBlocks = 0;
     for (int block = 0; block < 100; ++block)
@@ -91,12 +92,12 @@ TEST(MultiFadedHLShelf, SideBySideChannelsMatchChannelByChannel)
             }
         for (std::uint32_t c = 0; c < numChannels; ++c)
         {
-            in[c] = noise(64, 100u * static_cast<unsigned>(block) + c);
-            out[c].assign(64, 0.0f);
-            expected[c].assign(64, 0.0f);
+            in[c] = noise(n, 100u * static_cast<unsigned>(block) + c);
+            out[c].assign(n, 0.0f);
+            expected[c].assign(n, 0.0f);
             ins[c] = in[c].data();
             outs[c] = out[c].data();
-            single[c].filterBlock(expected[c].data(), in[c].data(), 64);
+            single[c].filterBlock(expected[c].data(), in[c].data(), n);
         }
         int steadyRecursive = 0;
         for (std::uint32_t c = 0; c < numChannels; ++c)
@@ -105,7 +106,7 @@ TEST(MultiFadedHLShelf, SideBySideChannelsMatchChannelByChannel)
             steadyRecursive += alone != nullptr && !alone->isGainOnlySection() && !multi.getChannel(c).isChangePending();
         }
         sideBySideBlocks += steadyRecursive >= 2;
-        multi.process(outs.data(), ins.data(), 64);
+        multi.process(outs.data(), ins.data(), n);
         for (std::uint32_t c = 0; c < numChannels; ++c)
             ASSERT_EQ(out[c], expected[c]) << "block " << block << " channel " << c;
     }
