@@ -49,7 +49,7 @@ public:
     }
 
     /// Milliseconds, floored at 0; 0 makes every change immediate. Any thread.
-    void setCrossfadeTime(float ms) { crossfadeTime = std::max(ms, 0.0f); }
+    void setCrossfadeTime(float ms) { crossfadeTime = ms > 0.0f ? ms : 0.0f; }
     float getCrossfadeTime() const { return crossfadeTime; }
     void setCrossfadeType(Crossfade::Type type) { crossfadeType = type; }
     Crossfade::Type getCrossfadeType() const { return crossfadeType; }
@@ -167,7 +167,9 @@ public:
     /// The fade length in samples for the present time and rate, at least 1.
     int getFadeLength() const
     {
-        const int n = static_cast<int>(std::ceil(static_cast<double>(crossfadeTime.load()) * 0.001 * sampleRate));
+        // Capped so that an absurd time cannot overflow the sample count.
+        const double samples = std::ceil(static_cast<double>(crossfadeTime.load()) * 0.001 * sampleRate);
+        const int n = static_cast<int>(std::min(samples, 1.0e9));
         return n == 0 ? 1 : n;
     }
 
