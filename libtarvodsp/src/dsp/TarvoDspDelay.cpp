@@ -119,11 +119,19 @@ bool roundsToWholeSamples(Delay::InterpolationMode mode)
     return mode == Delay::nearest || mode == Delay::nearestXfade;
 }
 
-/// The whole sample below a position (nearest for the rounding modes), always converted
-/// with round-to-nearest.
-long long wholeSample(float position, bool rounds)
+/// The whole sample below a position, or the nearest one (ties to even) for the rounding
+/// modes: what the round-to-nearest conversion of the floor, or of the position, gives.
+/// Written with integer steps so that the gliding loop makes no library call.
+inline long long wholeSample(float position, bool rounds)
 {
-    return std::llrint(rounds ? position : std::floor(position));
+    auto whole = static_cast<long long>(position);
+    whole -= static_cast<float>(whole) > position ? 1 : 0;
+    if (rounds)
+    {
+        const float above = position - static_cast<float>(whole);
+        whole += (above > 0.5f || (above == 0.5f && (whole & 1) != 0)) ? 1 : 0;
+    }
+    return whole;
 }
 
 /// One sample per position `first + i - delays[i]`, masked into the ring.
