@@ -1,34 +1,17 @@
 #include "reverb/QuorEarly.h"
 
 #include "AllocationCounter.h"
+#include "TestSignals.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
-#include <random>
 #include <vector>
 
 namespace
 {
-/// Channel storage with a pointer table.
-struct Channels
-{
-    Channels(std::uint32_t n, std::uint32_t samples) : data(n, std::vector<float>(samples))
-    {
-        for (auto& channel : data)
-            pointers.push_back(channel.data());
-    }
-    float** get(std::size_t offset = 0)
-    {
-        shifted.clear();
-        for (auto* p : pointers)
-            shifted.push_back(p + offset);
-        return shifted.data();
-    }
-    std::vector<std::vector<float>> data;
-    std::vector<float*> pointers, shifted;
-};
+using Channels = tarvo::testing::ChannelBlock;
 
 /// Runs the inputs through the stage in blocks cycling through `blocks`.
 Channels run(Quor::Early& early, Channels& in, std::vector<std::uint32_t> blocks = {64})
@@ -147,14 +130,14 @@ TEST(Early, SampleRateChangeKeepsTheDelaysInTime)
 
 TEST(Early, StandingStageIsIndependentOfTheBlockSize)
 {
-    std::mt19937 generator(5);
-    std::uniform_real_distribution<float> uniform(-1.0f, 1.0f);
     for (std::uint32_t inputs : {1u, 2u})
     {
         Channels in(inputs, 4000);
-        for (auto& channel : in.data)
-            for (float& x : channel)
-                x = uniform(generator);
+        for (std::uint32_t c = 0; c < inputs; ++c)
+        {
+            const auto noise = tarvo::testing::seededNoise(4000, 5 + c);
+            std::copy(noise.begin(), noise.end(), in.data[c].begin());
+        }
         Quor::Early a(8, inputs), b(8, inputs), c(8, inputs);
         const auto whole = run(a, in, {4000});
         EXPECT_EQ(run(b, in, {7, 64, 13, 511, 1}).data, whole.data) << inputs;

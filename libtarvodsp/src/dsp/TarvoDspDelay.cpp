@@ -365,39 +365,39 @@ void Delay::readGliding(float* output, std::uint32_t n, Ramp& delayInSamples, In
     {
         k = std::min(chunk, n - start);
         delayInSamples.fill(delayPerSample.data(), k);
-        const float* delays = delayPerSample.data();
-        float* out = output + start;
-        const std::uint64_t first = writeIndex + start;
+        const auto each = [&](auto form) {
+            readEachSample(ring, mask, delayPerSample.data(), output + start, k, writeIndex + start, rounds, form);
+        };
         switch (mode)
         {
         case nearest:
         case nearestXfade:
-            readEachSample(ring, mask, delays, out, k, first, rounds, [](const float* x, float) { return x[0]; });
+            each([](const float* x, float) { return x[0]; });
             break;
         case lagrange3:
-            readEachSample(ring, mask, delays, out, k, first, rounds, lagrange3Form);
+            each(lagrange3Form);
             break;
         case hermite3:
-            readEachSample(ring, mask, delays, out, k, first, rounds, hermite3Form);
+            each(hermite3Form);
             break;
         case watte3:
-            readEachSample(ring, mask, delays, out, k, first, rounds, watte3Form);
+            each(watte3Form);
             break;
         case parabolic:
-            readEachSample(ring, mask, delays, out, k, first, rounds, parabolicForm);
+            each(parabolicForm);
             break;
         case bspline3:
-            readEachSample(ring, mask, delays, out, k, first, rounds, bspline3Form);
+            each(bspline3Form);
             break;
         case allpass:
-            readEachSample(ring, mask, delays, out, k, first, rounds, [&state](const float* x, float f) {
+            each([&state](const float* x, float f) {
                 const float g = 1.0f - f;
                 return allpassStep(x, (1.0f - g) / (g + 1.0f), state);
             });
             break;
         case linear:
         default:
-            readEachSample(ring, mask, delays, out, k, first, rounds, linearForm);
+            each(linearForm);
             break;
         }
     }

@@ -1,6 +1,7 @@
 #include "dsp/TarvoDspDelay.h"
 
 #include "AllocationCounter.h"
+#include "TestSignals.h"
 #include "common/TarvoDspException.h"
 #include "dsp/TarvoDspRamp.h"
 
@@ -10,7 +11,6 @@
 #include <memory>
 #include <cmath>
 #include <numbers>
-#include <random>
 #include <vector>
 
 namespace
@@ -45,12 +45,7 @@ std::vector<float> run(const std::unique_ptr<ondo::Delay>& delay, const std::vec
 
 std::vector<float> noise(std::size_t n, unsigned seed = 7)
 {
-    std::mt19937 generator(seed);
-    std::uniform_real_distribution<float> uniform(-1.0f, 1.0f);
-    std::vector<float> v(n);
-    for (float& x : v)
-        x = uniform(generator);
-    return v;
+    return tarvo::testing::seededNoise(n, seed);
 }
 
 /// A line standing at `samples` with `mode`.

@@ -1,39 +1,21 @@
 #include "dsp/TarvoDspMultiTapOutEconomy.h"
 
 #include "AllocationCounter.h"
+#include "TestSignals.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <random>
 #include <vector>
 
 namespace
 {
-/// Output storage of one channel a tap, with its pointer table.
-struct Outputs
-{
-    Outputs(std::uint32_t taps, std::uint32_t samples, float fill = 0.0f)
-        : data(taps, std::vector<float>(samples, fill))
-    {
-        for (auto& d : data)
-            pointers.push_back(d.data());
-    }
-    float** get(std::size_t offset = 0)
-    {
-        shifted.clear();
-        for (auto* p : pointers)
-            shifted.push_back(p + offset);
-        return shifted.data();
-    }
-    std::vector<std::vector<float>> data;
-    std::vector<float*> pointers, shifted;
-};
+using tarvo::testing::ChannelBlock;
 
 /// Runs `input` through the taps in blocks cycling through `blocks`.
-Outputs run(ondo::MultiTapOutEconomy& taps, const std::vector<float>& input, std::vector<std::uint32_t> blocks = {64})
+ChannelBlock run(ondo::MultiTapOutEconomy& taps, const std::vector<float>& input, std::vector<std::uint32_t> blocks = {64})
 {
-    Outputs out(taps.getNumTaps(), static_cast<std::uint32_t>(input.size()));
+    ChannelBlock out(taps.getNumTaps(), static_cast<std::uint32_t>(input.size()));
     std::size_t start = 0;
     for (std::size_t b = 0; start < input.size(); ++b)
     {
@@ -47,12 +29,7 @@ Outputs run(ondo::MultiTapOutEconomy& taps, const std::vector<float>& input, std
 
 std::vector<float> noise(std::size_t n)
 {
-    std::mt19937 generator(3);
-    std::uniform_real_distribution<float> uniform(-1.0f, 1.0f);
-    std::vector<float> v(n);
-    for (float& x : v)
-        x = uniform(generator);
-    return v;
+    return tarvo::testing::seededNoise(n, 3);
 }
 
 TEST(MultiTapOutEconomy, EachTapReadsTheOneLineAtItsOwnDelay)
@@ -83,7 +60,7 @@ TEST(MultiTapOutEconomy, UnconnectedTapIsSkippedAndItsGlideWaits)
     taps.setDelay(0, 10.0f);
     taps.setDelay(1, 10.0f);
     const auto remaining = taps.getTap(1).getRamp().getRemainingSamples();
-    Outputs out(2, 64, 7.0f);
+    ChannelBlock out(2, 64, 7.0f);
     std::vector<float> input(64, 1.0f);
     float* in = input.data();
     taps.process(out.get(), &in, 64);
@@ -175,7 +152,7 @@ TEST(MultiTapOutEconomy, ProcessAllocatesNothing)
     for (std::uint32_t t = 0; t < 16; ++t)
         taps.setDelay(t, 20.0f + static_cast<float>(t), true);
     const auto input = noise(512);
-    Outputs out(16, 512);
+    ChannelBlock out(16, 512);
     float* in = const_cast<float*>(input.data());
     taps.process(out.get(), &in, 512);
     tarvo::testing::AllocationScope scope;
