@@ -55,7 +55,7 @@ ResponseSummary summarizeResponse(const Audio& audio, double lowest, double high
 std::string formatSummary(const ResponseSummary& summary)
 {
     std::string text = "speaker  peak dBFS  energy dB   T60 (s) in octave bands:";
-    char cell[32];
+    char cell[512];
     for (double centre : summary.bandCentres)
     {
         std::snprintf(cell, sizeof cell, " %6s", bandLabel(centre).c_str());
