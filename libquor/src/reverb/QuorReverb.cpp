@@ -121,20 +121,17 @@ void Reverb::runChunk(std::uint32_t n)
             airFilters[i]->filter(tap[i], tap[i], n);
     for (std::uint32_t i = 0; i < numChannels; ++i)
     {
-        if (g == 1.0f)
-            vectorAdd32(in[i], tap[i], mix[i], count);
-        else if (g == 0.0f)
-            vectorCopy32(tap[i], mix[i], count);
-        else if (g == -1.0f)
-            vectorSubtract32(in[i], tap[i], mix[i], count);
-        else
-        {
-            vectorCopy32(tap[i], mix[i], count);
-            vectorAddProductConstant32(in[i], g, mix[i], count);
-        }
+        // The output is taken from the filtered line before the input is added; the sum is
+        // then built in place, and the mixer writes the lines' next input out of place.
         vectorMultiplyConstant32(tap[i], f, out[i], count);
+        if (g == 1.0f)
+            vectorAdd32InPlace(in[i], tap[i], count);
+        else if (g == -1.0f)
+            vectorSubtract32InPlace(in[i], tap[i], count);
+        else if (g != 0.0f)
+            vectorAddProductConstant32(in[i], g, tap[i], count);
     }
-    shuffle.process(mix, mix, n);
+    shuffle.process(mix, tap, n);
     for (std::uint32_t i = 0; i < numChannels; ++i)
         delays[i]->write(mix[i], n);
 }

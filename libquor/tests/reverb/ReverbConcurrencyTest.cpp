@@ -19,7 +19,10 @@ TEST(ReverbConcurrency, ParametersChangeWhileTheAudioThreadProcesses)
 {
     Quor::Reverb reverb(8);
     tarvo::testing::ChannelBlock in(8, 64), out(8, 64);
-    in.data[0] = tarvo::testing::seededNoise(64, 3, 0.5f);
+    {
+        const auto values = tarvo::testing::seededNoise(64, 3, 0.5f);
+        std::copy(values.begin(), values.end(), in.data[0].begin()); // keeps the channel pointers valid
+    }
     reverb.process(out.pointers.data(), in.pointers.data(), 64);
 
     std::atomic<bool> running{true};

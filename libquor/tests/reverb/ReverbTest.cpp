@@ -244,7 +244,10 @@ TEST(Reverb, ProcessAllocatesNothingAndLeavesNoDenormals)
     reverb.setTr0(0.2f, true);
     const auto noise = tarvo::testing::seededNoise(64, 7);
     ChannelBlock in(16, 64), out(16, 64);
-    in.data[3] = noise;
+    {
+        const auto values = noise;
+        std::copy(values.begin(), values.end(), in.data[3].begin()); // keeps the channel pointers valid
+    }
     reverb.process(out.pointers.data(), in.pointers.data(), 64);
     in.data[3].assign(64, 0.0f);
     tarvo::testing::AllocationScope scope;
