@@ -1,6 +1,10 @@
 #include "pan/QuorPan.h"
 
+#include "pan/QuorAngularPanning.h"
+#include "pan/QuorDiffusePanning.h"
 #include "pan/QuorNullPanning.h"
+#include "pan/QuorVbap2DPanning.h"
+#include "pan/QuorVbip2DPanning.h"
 
 #include <cmath>
 #include <map>
@@ -112,12 +116,12 @@ std::unique_ptr<Pan> build(std::uint32_t ns, std::uint32_t nk, Pan::Type type, P
             case Pan::Hoa2D:
             case Pan::NfcHoa2D:
                 return isOddForm(nk) ? make<NullPanning /* HoaDiffusePanning2D */>(true, ns, nk)
-                                     : make<NullPanning /* DiffusePanning */>(true, ns, nk);
+                                     : make<DiffusePanning>(true, ns, nk);
             case Pan::Hoa3D:
             case Pan::NfcHoa3D:
                 return isSquareForm(nk) ? make<NullPanning /* HoaDiffusePanning3D */>(true, ns, nk)
-                                        : make<NullPanning /* DiffusePanning */>(true, ns, nk);
-            default: return make<NullPanning /* DiffusePanning */>(true, ns, nk);
+                                        : make<DiffusePanning>(true, ns, nk);
+            default: return make<DiffusePanning>(true, ns, nk);
         }
     }
     if (type == Pan::Binaural)
@@ -141,9 +145,9 @@ std::unique_ptr<Pan> build(std::uint32_t ns, std::uint32_t nk, Pan::Type type, P
         case Pan::StereoPan: return make<NullPanning /* StereoPanLaw */>(stereo, ns, nk);
         case Pan::Surround: return make<NullPanning /* SurroundPanning */>(nk == 3 || nk == 4, ns, nk);
         case Pan::Recursive: return make<NullPanning /* RecursivePanning */>((nk >= 4 && nk <= 8) || nk == 12, ns, nk);
-        case Pan::Angular: return make<NullPanning /* AngularPanning */>(true, ns, nk);
-        case Pan::Vbap2D: return make<NullPanning /* Vbap2DPanning */>(nk >= 2, ns, nk);
-        case Pan::Vbip2D: return make<NullPanning /* Vbip2DPanning */>(nk >= 2, ns, nk);
+        case Pan::Angular: return make<AngularPanning>(true, ns, nk);
+        case Pan::Vbap2D: return make<Vbap2DPanning>(nk >= 2, ns, nk);
+        case Pan::Vbip2D: return make<Vbip2DPanning>(nk >= 2, ns, nk);
         case Pan::Vbap3D: return make<NullPanning /* VbapPanning */>(nk >= 3, ns, nk);
         case Pan::Vbip3D: return make<NullPanning /* VbipPanning */>(nk >= 3, ns, nk);
         case Pan::Dbap2D: return make<NullPanning /* DbapPanning2D */>(nk != 0, ns, nk);
