@@ -3,6 +3,11 @@
 #include "pan/QuorAngularPanning.h"
 #include "pan/QuorDiffusePanning.h"
 #include "pan/QuorNullPanning.h"
+#include "pan/QuorRecursivePanning.h"
+#include "pan/QuorStereoMSPanning.h"
+#include "pan/QuorStereoPanLaw.h"
+#include "pan/QuorStereoXYPanning.h"
+#include "pan/QuorSurroundPanning.h"
 #include "pan/QuorVbap2DPanning.h"
 #include "pan/QuorVbip2DPanning.h"
 
@@ -139,12 +144,12 @@ std::unique_ptr<Pan> build(std::uint32_t ns, std::uint32_t nk, Pan::Type type, P
     }
     switch (type)
     {
-        case Pan::StereoXY: return make<NullPanning /* StereoXYPanning */>(stereo, ns, nk);
-        case Pan::StereoMS: return make<NullPanning /* StereoMSPanning */>(stereo, ns, nk);
+        case Pan::StereoXY: return make<StereoXYPanning>(stereo, ns, nk);
+        case Pan::StereoMS: return make<StereoMSPanning>(stereo, ns, nk);
         case Pan::StereoAB: return make<NullPanning /* StereoABPanning */>(stereo, ns, nk);
-        case Pan::StereoPan: return make<NullPanning /* StereoPanLaw */>(stereo, ns, nk);
-        case Pan::Surround: return make<NullPanning /* SurroundPanning */>(nk == 3 || nk == 4, ns, nk);
-        case Pan::Recursive: return make<NullPanning /* RecursivePanning */>((nk >= 4 && nk <= 8) || nk == 12, ns, nk);
+        case Pan::StereoPan: return make<StereoPanLaw>(stereo, ns, nk);
+        case Pan::Surround: return make<SurroundPanning>(nk == 3 || nk == 4, ns, nk);
+        case Pan::Recursive: return make<RecursivePanning>((nk >= 4 && nk <= 8) || nk == 12, ns, nk);
         case Pan::Angular: return make<AngularPanning>(true, ns, nk);
         case Pan::Vbap2D: return make<Vbap2DPanning>(nk >= 2, ns, nk);
         case Pan::Vbip2D: return make<Vbip2DPanning>(nk >= 2, ns, nk);

@@ -2,6 +2,11 @@
 #include "pan/QuorDiffusePanning.h"
 #include "pan/QuorNullPanning.h"
 #include "pan/QuorPan.h"
+#include "pan/QuorRecursivePanning.h"
+#include "pan/QuorStereoMSPanning.h"
+#include "pan/QuorStereoPanLaw.h"
+#include "pan/QuorStereoXYPanning.h"
+#include "pan/QuorSurroundPanning.h"
 #include "pan/QuorVbap2DPanning.h"
 #include "pan/QuorVbip2DPanning.h"
 
@@ -59,9 +64,24 @@ TEST(PanFactory, CountsOutsideATypeGiveTheNullPanner)
     EXPECT_TRUE(isA<Quor::NullPanning>(Pan::create(3, 2, Pan::Binaural, Pan::Diffuse)));
     EXPECT_TRUE(isA<Quor::NullPanning>(Pan::create(1, 2, static_cast<Pan::Type>(25), Pan::Direct)));
     EXPECT_TRUE(isA<Quor::NullPanning>(Pan::create(1, 2, static_cast<Pan::Type>(-3), Pan::Direct)));
-    const auto null = Pan::create(2, 2, Pan::StereoPan, Pan::Early);
+    const auto null = Pan::create(2, 3, Pan::StereoPan, Pan::Early);
     EXPECT_EQ(null->getType(), Pan::Null);
     EXPECT_EQ(null->getSubType(), Pan::Direct);
+}
+
+TEST(PanFactory, SimplePannersNeedTheirCounts)
+{
+    EXPECT_TRUE(isA<Quor::StereoXYPanning>(Pan::create(3, 2, Pan::StereoXY, Pan::Early)));
+    EXPECT_TRUE(isA<Quor::StereoMSPanning>(Pan::create(3, 2, Pan::StereoMS, Pan::Direct)));
+    EXPECT_TRUE(isA<Quor::StereoPanLaw>(Pan::create(3, 2, Pan::StereoPan, Pan::Direct)));
+    EXPECT_TRUE(isA<Quor::NullPanning>(Pan::create(3, 1, Pan::StereoXY, Pan::Direct)));
+    EXPECT_TRUE(isA<Quor::SurroundPanning>(Pan::create(1, 3, Pan::Surround, Pan::Direct)));
+    EXPECT_TRUE(isA<Quor::SurroundPanning>(Pan::create(1, 4, Pan::Surround, Pan::Direct)));
+    EXPECT_TRUE(isA<Quor::NullPanning>(Pan::create(1, 5, Pan::Surround, Pan::Direct)));
+    for (std::uint32_t n : {4u, 5u, 6u, 7u, 8u, 12u})
+        EXPECT_TRUE(isA<Quor::RecursivePanning>(Pan::create(1, n, Pan::Recursive, Pan::Direct))) << n;
+    for (std::uint32_t n : {3u, 9u, 10u, 11u, 13u})
+        EXPECT_TRUE(isA<Quor::NullPanning>(Pan::create(1, n, Pan::Recursive, Pan::Direct))) << n;
 }
 
 TEST(PanFactory, DiffersFromTheConfigurationTestWhereItsTableDoes)
