@@ -9,7 +9,9 @@
 #include "pan/QuorStereoXYPanning.h"
 #include "pan/QuorSurroundPanning.h"
 #include "pan/QuorVbap2DPanning.h"
+#include "pan/QuorVbapPanning.h"
 #include "pan/QuorVbip2DPanning.h"
+#include "pan/QuorVbipPanning.h"
 
 #include <cmath>
 #include <map>
@@ -153,8 +155,8 @@ std::unique_ptr<Pan> build(std::uint32_t ns, std::uint32_t nk, Pan::Type type, P
         case Pan::Angular: return make<AngularPanning>(true, ns, nk);
         case Pan::Vbap2D: return make<Vbap2DPanning>(nk >= 2, ns, nk);
         case Pan::Vbip2D: return make<Vbip2DPanning>(nk >= 2, ns, nk);
-        case Pan::Vbap3D: return make<NullPanning /* VbapPanning */>(nk >= 3, ns, nk);
-        case Pan::Vbip3D: return make<NullPanning /* VbipPanning */>(nk >= 3, ns, nk);
+        case Pan::Vbap3D: return make<VbapPanning>(nk >= 3, ns, nk);
+        case Pan::Vbip3D: return make<VbipPanning>(nk >= 3, ns, nk);
         case Pan::Dbap2D: return make<NullPanning /* DbapPanning2D */>(nk != 0, ns, nk);
         case Pan::Dbap3D: return make<NullPanning /* DbapPanning3D */>(nk != 0, ns, nk);
         case Pan::BFormat: return make<NullPanning /* AmbisonicPanning */>(nk == 3 || nk == 4, ns, nk);

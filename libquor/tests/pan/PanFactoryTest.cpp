@@ -8,7 +8,9 @@
 #include "pan/QuorStereoXYPanning.h"
 #include "pan/QuorSurroundPanning.h"
 #include "pan/QuorVbap2DPanning.h"
+#include "pan/QuorVbapPanning.h"
 #include "pan/QuorVbip2DPanning.h"
+#include "pan/QuorVbipPanning.h"
 
 #include <gtest/gtest.h>
 
@@ -82,6 +84,9 @@ TEST(PanFactory, SimplePannersNeedTheirCounts)
         EXPECT_TRUE(isA<Quor::RecursivePanning>(Pan::create(1, n, Pan::Recursive, Pan::Direct))) << n;
     for (std::uint32_t n : {3u, 9u, 10u, 11u, 13u})
         EXPECT_TRUE(isA<Quor::NullPanning>(Pan::create(1, n, Pan::Recursive, Pan::Direct))) << n;
+    EXPECT_TRUE(isA<Quor::VbapPanning>(Pan::create(1, 3, Pan::Vbap3D, Pan::Direct)));
+    EXPECT_TRUE(isA<Quor::VbipPanning>(Pan::create(1, 3, Pan::Vbip3D, Pan::Early)));
+    EXPECT_TRUE(isA<Quor::NullPanning>(Pan::create(1, 2, Pan::Vbap3D, Pan::Direct)));
 }
 
 TEST(PanFactory, DiffersFromTheConfigurationTestWhereItsTableDoes)
