@@ -4,7 +4,9 @@
 #include "pan/QuorDiffusePanning.h"
 #include "pan/QuorNullPanning.h"
 #include "pan/QuorRecursivePanning.h"
+#include "pan/QuorStereoABPanning.h"
 #include "pan/QuorStereoMSPanning.h"
+#include "pan/QuorSubwoofersPanning.h"
 #include "pan/QuorStereoPanLaw.h"
 #include "pan/QuorStereoXYPanning.h"
 #include "pan/QuorSurroundPanning.h"
@@ -148,7 +150,7 @@ std::unique_ptr<Pan> build(std::uint32_t ns, std::uint32_t nk, Pan::Type type, P
     {
         case Pan::StereoXY: return make<StereoXYPanning>(stereo, ns, nk);
         case Pan::StereoMS: return make<StereoMSPanning>(stereo, ns, nk);
-        case Pan::StereoAB: return make<NullPanning /* StereoABPanning */>(stereo, ns, nk);
+        case Pan::StereoAB: return make<StereoABPanning>(stereo, ns, nk);
         case Pan::StereoPan: return make<StereoPanLaw>(stereo, ns, nk);
         case Pan::Surround: return make<SurroundPanning>(nk == 3 || nk == 4, ns, nk);
         case Pan::Recursive: return make<RecursivePanning>((nk >= 4 && nk <= 8) || nk == 12, ns, nk);
@@ -167,7 +169,7 @@ std::unique_ptr<Pan> build(std::uint32_t ns, std::uint32_t nk, Pan::Type type, P
         case Pan::NfcHoa3D: return make<NullPanning /* NFCHOAPanning3D */>(isSquareForm(nk), ns, nk);
         case Pan::Spcap: return make<NullPanning /* SPCAmplitudePanning */>(ns != 0, ns, nk);
         case Pan::Knn: return make<NullPanning /* KnnPanning */>(nk != 0, ns, nk);
-        case Pan::Subwoofers: return make<NullPanning /* SubwoofersPanning */>(nk != 0, ns, nk);
+        case Pan::Subwoofers: return make<SubwoofersPanning>(nk != 0, ns, nk);
         case Pan::Aep2D: return make<NullPanning /* AmbisonicEquivalentPanningAnalytic2D */>(nk >= 5, ns, nk);
         case Pan::Aep3D: return make<NullPanning /* AmbisonicEquivalentPanningAnalytic3D */>(nk >= 5, ns, nk);
         default: return make<NullPanning>(false, ns, nk);

@@ -3,7 +3,9 @@
 #include "pan/QuorNullPanning.h"
 #include "pan/QuorPan.h"
 #include "pan/QuorRecursivePanning.h"
+#include "pan/QuorStereoABPanning.h"
 #include "pan/QuorStereoMSPanning.h"
+#include "pan/QuorSubwoofersPanning.h"
 #include "pan/QuorStereoPanLaw.h"
 #include "pan/QuorStereoXYPanning.h"
 #include "pan/QuorSurroundPanning.h"
@@ -87,6 +89,9 @@ TEST(PanFactory, SimplePannersNeedTheirCounts)
     EXPECT_TRUE(isA<Quor::VbapPanning>(Pan::create(1, 3, Pan::Vbap3D, Pan::Direct)));
     EXPECT_TRUE(isA<Quor::VbipPanning>(Pan::create(1, 3, Pan::Vbip3D, Pan::Early)));
     EXPECT_TRUE(isA<Quor::NullPanning>(Pan::create(1, 2, Pan::Vbap3D, Pan::Direct)));
+    EXPECT_TRUE(isA<Quor::StereoABPanning>(Pan::create(2, 2, Pan::StereoAB, Pan::Direct)));
+    EXPECT_TRUE(isA<Quor::SubwoofersPanning>(Pan::create(2, 1, Pan::Subwoofers, Pan::Direct)));
+    EXPECT_TRUE(isA<Quor::NullPanning>(Pan::create(2, 0, Pan::Subwoofers, Pan::Direct)));
 }
 
 TEST(PanFactory, DiffersFromTheConfigurationTestWhereItsTableDoes)
