@@ -90,6 +90,16 @@ Enum lookUp(const std::map<String, Enum>& table, const String& name, Enum unknow
     return it == table.end() ? unknown : it->second;
 }
 
+/// The printed name of a value: the first of its list, "null" when it has none.
+template <typename Enum>
+String firstName(const std::vector<std::pair<Enum, std::vector<const char*>>>& names, std::int32_t value)
+{
+    for (const auto& [v, list] : names)
+        if (v == value)
+            return list.front();
+    return "null";
+}
+
 /// 2M + 1, tested in single precision as the Ambisonic order is.
 bool isOddForm(std::uint32_t n)
 {
@@ -244,10 +254,7 @@ bool Pan::isConfigurationValid(std::int32_t type, std::uint32_t n)
 
 String Pan::typeToString(std::int32_t value)
 {
-    for (const auto& [t, names] : typeNames())
-        if (t == value)
-            return names.front();
-    return "null";
+    return firstName(typeNames(), value);
 }
 
 Pan::Type Pan::stringToType(const String& name)
@@ -258,10 +265,7 @@ Pan::Type Pan::stringToType(const String& name)
 
 String Pan::subTypeToString(std::int32_t value)
 {
-    for (const auto& [t, names] : subTypeNames())
-        if (t == value)
-            return names.front();
-    return "null";
+    return firstName(subTypeNames(), value);
 }
 
 Pan::SubType Pan::stringToSubType(const String& name)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "TestBlock.h"
 #include "pan/QuorAmplitudePanning.h"
 
 #include <cstdint>
@@ -24,17 +25,5 @@ inline float powerOf(const std::vector<float>& row)
     return sum;
 }
 
-/// Channels of a block with the pointer table the processors take.
-struct Block
-{
-    Block(std::uint32_t channels, std::uint32_t samples, float value = 0.0f)
-        : data(channels, std::vector<float>(samples, value)), pointers(channels)
-    {
-        for (std::uint32_t c = 0; c < channels; ++c)
-            pointers[c] = data[c].data();
-    }
-    float** get() { return pointers.data(); }
-    std::vector<std::vector<float>> data;
-    std::vector<float*> pointers;
-};
+using tarvo::testing::Block;
 } // namespace Quor::testing

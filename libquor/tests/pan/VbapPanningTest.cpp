@@ -2,6 +2,7 @@
 #include "pan/QuorVbipPanning.h"
 
 #include "PanTestSupport.h"
+#include "SpeakerLayouts.h"
 #include "common/TarvoDspException.h"
 #include "math/TarvoDspCoordinates.h"
 
@@ -16,31 +17,13 @@ using namespace Quor::testing;
 using ondo::Coordinates;
 using ondo::Point3;
 using ondo::Point3Array;
-
-Point3Array cube()
-{
-    Point3Array c;
-    for (float x : {-1.0f, 1.0f})
-        for (float y : {-1.0f, 1.0f})
-            for (float z : {-1.0f, 1.0f})
-                c.pushBack({x, y, z});
-    return c;
-}
-
-Point3Array octahedron()
-{
-    return {{1, 0, 0}, {-1, 0, 0}, {0, 1, 0}, {0, -1, 0}, {0, 0, 1}, {0, 0, -1}};
-}
+using tarvo::testing::cube;
+using tarvo::testing::octahedron;
 
 /// Eight on the horizon, four at 40 degrees up: a dome open below and above.
 Point3Array dome()
 {
-    Point3Array d;
-    for (int i = 0; i < 8; ++i)
-        d.pushBack(Coordinates::fromNavigational(45.0f * i, 0.0f, 1.0f));
-    for (int i = 0; i < 4; ++i)
-        d.pushBack(Coordinates::fromNavigational(90.0f * i, 40.0f, 1.0f));
-    return d;
+    return tarvo::testing::twoRingDome(1.0f, 40.0f, 0.0f, false);
 }
 
 Point3 randomDirection(std::mt19937& random)

@@ -125,6 +125,29 @@ int KdTreeHelper::locate(const NPoint<3>& p) const
     return node;
 }
 
+template <typename Bound, typename Scan>
+void KdTreeHelper::walk(const NPoint<3>& p, int scanned, Bound&& bound, Scan&& scan) const
+{
+    std::size_t top = 0;
+    stack[top++] = 0;
+    while (top > 0)
+    {
+        const std::int32_t index = stack[--top];
+        if (index == scanned)
+            continue;
+        const NBoxNode<3>& node = nodes[index];
+        if (node.squaredDistanceTo(p) >= bound())
+            continue;
+        if (node.leftChild == 0)
+        {
+            scan(node);
+            continue;
+        }
+        stack[top++] = node.leftChild;
+        stack[top++] = node.rightChild;
+    }
+}
+
 int KdTreeHelper::findNearest(const Point3& point) const
 {
     if (points.empty())
@@ -144,22 +167,9 @@ int KdTreeHelper::findNearest(const Point3& point) const
         }
     };
     // The leaf of the point gives a first bound that prunes most of the walk.
-    scan(nodes[locate(p)]);
-    std::size_t top = 0;
-    stack[top++] = 0;
-    while (top > 0)
-    {
-        const NBoxNode<3>& node = nodes[stack[--top]];
-        if (node.squaredDistanceTo(p) >= bestDistance)
-            continue;
-        if (node.leftChild == 0)
-        {
-            scan(node);
-            continue;
-        }
-        stack[top++] = node.leftChild;
-        stack[top++] = node.rightChild;
-    }
+    const int start = locate(p);
+    scan(nodes[start]);
+    walk(p, start, [&] { return bestDistance; }, scan);
     return best;
 }
 
@@ -211,24 +221,8 @@ std::size_t KdTreeHelper::findNearest(const Point3& point, std::size_t k, int* i
     while (start != 0 && static_cast<std::size_t>(nodes[start].endIndex - nodes[start].startIndex + 1) < k)
         start = nodes[start].parent;
     scan(nodes[start]);
-    std::size_t top = 0;
-    stack[top++] = 0;
-    while (top > 0)
-    {
-        const std::int32_t index = stack[--top];
-        if (index == start)
-            continue;
-        const NBoxNode<3>& node = nodes[index];
-        if (count == k && node.squaredDistanceTo(p) >= heap[0].distance)
-            continue;
-        if (node.leftChild == 0)
-        {
-            scan(node);
-            continue;
-        }
-        stack[top++] = node.leftChild;
-        stack[top++] = node.rightChild;
-    }
+    const float unbounded = std::numeric_limits<float>::infinity();
+    walk(p, start, [&] { return count == k ? heap[0].distance : unbounded; }, scan);
     std::sort(heap.begin(), heap.begin() + count,
               [](const Candidate& a, const Candidate& b) { return a.distance < b.distance; });
     for (std::size_t i = 0; i < count; ++i)

@@ -70,6 +70,10 @@ public:
 private:
     int locate(const NPoint<3>& p) const;
     float squaredDistance(const NPoint<3>& p, int index) const;
+    /// Depth first from the root, skipping the subtree `scanned` (already done) and every
+    /// box not nearer than `bound()`; `scan` visits the leaves.
+    template <typename Bound, typename Scan>
+    void walk(const NPoint<3>& p, int scanned, Bound&& bound, Scan&& scan) const;
 
     struct Candidate
     {

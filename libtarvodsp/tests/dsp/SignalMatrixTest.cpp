@@ -2,6 +2,7 @@
 #include "dsp/TarvoDspStaticSignalMatrix.h"
 
 #include "AllocationCounter.h"
+#include "TestBlock.h"
 
 #include <gtest/gtest.h>
 
@@ -11,20 +12,7 @@ namespace
 {
 using ondo::SignalMatrix;
 using ondo::StaticSignalMatrix;
-
-/// Channels of a block, with the pointer table the processors take.
-struct Block
-{
-    Block(std::uint32_t channels, std::uint32_t samples, float value = 0.0f)
-        : data(channels, std::vector<float>(samples, value)), pointers(channels)
-    {
-        for (std::uint32_t c = 0; c < channels; ++c)
-            pointers[c] = data[c].data();
-    }
-    float** get() { return pointers.data(); }
-    std::vector<std::vector<float>> data;
-    std::vector<float*> pointers;
-};
+using tarvo::testing::Block;
 
 /// At 8000 Hz a ramp of 1.25 ms lasts exactly ten samples.
 void useTenSampleRamps(SignalMatrix& m)

@@ -1,5 +1,7 @@
 #include "math/TarvoDspVbapTriplets.h"
 
+#include "SpeakerLayouts.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -11,32 +13,13 @@ using ondo::Coordinates;
 using ondo::Point3;
 using ondo::Point3Array;
 using ondo::VbapTriplets;
-
-Point3Array octahedron()
-{
-    return {{1, 0, 0}, {-1, 0, 0}, {0, 1, 0}, {0, -1, 0}, {0, 0, 1}, {0, 0, -1}};
-}
-
-Point3Array cube()
-{
-    Point3Array c;
-    for (float x : {-1.0f, 1.0f})
-        for (float y : {-1.0f, 1.0f})
-            for (float z : {-1.0f, 1.0f})
-                c.pushBack({x, y, z});
-    return c;
-}
+using tarvo::testing::cube;
+using tarvo::testing::octahedron;
 
 /// Eight speakers on the horizon, four at 45 degrees up and one overhead, 2 m away.
 Point3Array dome()
 {
-    Point3Array d;
-    for (int i = 0; i < 8; ++i)
-        d.pushBack(Coordinates::fromNavigational(45.0f * i, 0.0f, 2.0f));
-    for (int i = 0; i < 4; ++i)
-        d.pushBack(Coordinates::fromNavigational(45.0f + 90.0f * i, 45.0f, 2.0f));
-    d.pushBack(Coordinates::fromNavigational(0.0f, 90.0f, 2.0f));
-    return d;
+    return tarvo::testing::twoRingDome(2.0f, 45.0f, 45.0f, true);
 }
 
 Point3 randomDirection(std::mt19937& random, bool upperOnly)
