@@ -1,0 +1,16 @@
+#pragma once
+
+#include "pan/QuorVectorBased2DPanning.h"
+
+namespace Quor
+{
+/// Pairwise panning on a horizontal ring (VBIP, constant intensity).
+class Vbip2DPanning : public VectorBased2DPanning
+{
+public:
+    /// Control thread; allocates.
+    Vbip2DPanning(std::uint32_t numSources, std::uint32_t numSpeakers);
+
+    void normalizeGains(float* row) override;
+};
+} // namespace Quor

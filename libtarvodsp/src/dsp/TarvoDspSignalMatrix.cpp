@@ -1,0 +1,254 @@
+#include "dsp/TarvoDspSignalMatrix.h"
+
+#include "math/TarvoDspVectorPrimitives.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cmath>
+#include <cstring>
+
+namespace ondo
+{
+namespace
+{
+// Gains are shared element by element between the control thread and the audio thread.
+float load(const Vector<float>& v, std::size_t i)
+{
+    return std::atomic_ref<float>(const_cast<float&>(v[i])).load(std::memory_order_relaxed);
+}
+
+void store(Vector<float>& v, std::size_t i, float value)
+{
+    std::atomic_ref<float>(v[i]).store(value, std::memory_order_relaxed);
+}
+
+void copyGains(const Vector<float>& from, Vector<float>& to)
+{
+    for (std::size_t i = 0; i < to.size(); ++i)
+        store(to, i, load(from, i));
+}
+
+/// Below this a standing gain is not worth a multiply-add.
+constexpr float silentGain = 0.0001f;
+/// Below this a start and a target are the same gain.
+constexpr float sameGain = 1e-06f;
+} // namespace
+
+SignalMatrix::SignalMatrix(std::uint32_t inputs, std::uint32_t outputs)
+    : AudioProcessorWithOscInAudioInterrupt(inputs, outputs)
+{
+    startGains.resize(std::size_t(inputs) * outputs);
+    targetGains.resize(startGains.size());
+    pendingGains.resize(startGains.size());
+    setRampTime(defaultRampTimeMs);
+}
+
+void SignalMatrix::addRamped(const float* in, float* out, std::uint32_t n, float from, float to)
+{
+    if (n == 0)
+        return;
+    if (from == to)
+    {
+        primitives::vectorAddProductConstant32(in, from, out, static_cast<int>(n));
+        return;
+    }
+    if (n == 1)
+    {
+        out[0] += to * in[0];
+        return;
+    }
+    const float step = (to - from) / static_cast<float>(n - 1);
+    for (std::uint32_t j = 0; j < n; ++j)
+        out[j] += (from + step * static_cast<float>(j)) * in[j];
+}
+
+template <typename Write>
+void SignalMatrix::writeGains(bool immediately, Write&& write)
+{
+    const bool jump = immediately || rampLength == 0;
+    writeSequence.fetch_add(1, std::memory_order_relaxed);
+    std::atomic_thread_fence(std::memory_order_release);
+    write(pendingGains);
+    if (jump)
+    {
+        write(targetGains);
+        write(startGains);
+    }
+    writeSequence.fetch_add(1, std::memory_order_release);
+}
+
+void SignalMatrix::setGain(std::uint32_t input, std::uint32_t output, float value, bool immediately)
+{
+    if (input >= numInputs || output >= numOutputs)
+        return;
+    const std::size_t i = std::size_t(input) * numOutputs + output;
+    writeGains(immediately, [&](Vector<float>& g) { store(g, i, value); });
+}
+
+void SignalMatrix::setGains(float value, bool immediately)
+{
+    writeGains(immediately, [&](Vector<float>& g) {
+        for (std::size_t i = 0; i < g.size(); ++i)
+            store(g, i, value);
+    });
+}
+
+void SignalMatrix::setGainsForInput(std::uint32_t input, const float* values, bool immediately)
+{
+    if (input >= numInputs || values == nullptr)
+        return;
+    const std::size_t row = std::size_t(input) * numOutputs;
+    writeGains(immediately, [&](Vector<float>& g) {
+        for (std::uint32_t o = 0; o < numOutputs; ++o)
+            store(g, row + o, values[o]);
+    });
+}
+
+void SignalMatrix::setRampTime(float ms)
+{
+    rampTime = std::max(ms, 0.0f);
+    const float samples = rampTime * 0.001f * getSampleRate();
+    const std::int32_t length = samples < 1.0f ? 0 : static_cast<std::int32_t>(std::min(samples, 2.0e9f));
+    rampLength = length;
+    if (length < 1)
+    {
+        rampStep = 1.0f;
+        copyGains(targetGains, startGains);
+        copyGains(pendingGains, targetGains);
+    }
+    else
+        rampStep = 1.0f / static_cast<float>(length);
+    rampPosition = 0;
+}
+
+void SignalMatrix::setSize(std::uint32_t inputs, std::uint32_t outputs)
+{
+    if (inputs == numInputs && outputs == numOutputs)
+        return;
+    const std::size_t n = std::size_t(inputs) * outputs;
+    for (Vector<float>* g : {&startGains, &targetGains, &pendingGains})
+    {
+        g->resize(n);
+        g->clear();
+    }
+    setRampTime(defaultRampTimeMs);
+    setNumberOfInputs(inputs);
+    setNumberOfOutputs(outputs);
+}
+
+void SignalMatrix::setSampleRate(float)
+{
+    setRampTime(rampTime);
+}
+
+float SignalMatrix::getStartGain(std::uint32_t input, std::uint32_t output) const
+{
+    return load(startGains, std::size_t(input) * numOutputs + output);
+}
+
+float SignalMatrix::getTargetGain(std::uint32_t input, std::uint32_t output) const
+{
+    return load(targetGains, std::size_t(input) * numOutputs + output);
+}
+
+float SignalMatrix::getPendingGain(std::uint32_t input, std::uint32_t output) const
+{
+    return load(pendingGains, std::size_t(input) * numOutputs + output);
+}
+
+void SignalMatrix::advanceGrid()
+{
+    copyGains(targetGains, startGains);
+    const std::uint32_t before = writeSequence.load(std::memory_order_acquire);
+    copyGains(pendingGains, targetGains);
+    std::atomic_thread_fence(std::memory_order_acquire);
+    // A write was under way: the copy may be torn, so stand still for one ramp and take
+    // the completed set at the next boundary.
+    if ((before & 1u) != 0 || writeSequence.load(std::memory_order_relaxed) != before)
+        copyGains(startGains, targetGains);
+}
+
+void SignalMatrix::process(float** outputs, float** inputs, std::uint32_t numSamples)
+{
+    for (std::uint32_t o = 0; o < numOutputs; ++o)
+        if (isOutletConnected(o))
+            std::memset(outputs[o], 0, numSamples * sizeof(float));
+    processAdd(outputs, inputs, numSamples);
+}
+
+void SignalMatrix::processAdd(float** outputs, float** inputs, std::uint32_t numSamples)
+{
+    const std::int32_t length = rampLength;
+    if (length <= 0)
+    {
+        addStatic(outputs, inputs, 0, numSamples);
+        rampPosition = 0;
+        return;
+    }
+    std::int32_t position = rampPosition;
+    std::uint32_t done = 0;
+    while (done < numSamples)
+    {
+        if (position >= length)
+        {
+            advanceGrid();
+            position = 0;
+        }
+        const std::uint32_t k = std::min<std::uint32_t>(numSamples - done, static_cast<std::uint32_t>(length - position));
+        addSegment(outputs, inputs, done, k, position);
+        position += static_cast<std::int32_t>(k);
+        done += k;
+    }
+    if (position >= length)
+    {
+        advanceGrid();
+        position = 0;
+    }
+    rampPosition = position;
+}
+
+void SignalMatrix::addStatic(float** outputs, float** inputs, std::uint32_t offset, std::uint32_t n)
+{
+    for (std::uint32_t i = 0; i < numInputs; ++i)
+    {
+        if (!isInletActive(i))
+            continue;
+        const std::size_t row = std::size_t(i) * numOutputs;
+        for (std::uint32_t o = 0; o < numOutputs; ++o)
+        {
+            const float g = load(targetGains, row + o);
+            if (std::fabs(g) > silentGain && isOutletConnected(o))
+                primitives::vectorAddProductConstant32(inputs[i] + offset, g, outputs[o] + offset, static_cast<int>(n));
+        }
+    }
+}
+
+void SignalMatrix::addSegment(float** outputs, float** inputs, std::uint32_t offset, std::uint32_t n,
+                              std::int32_t position)
+{
+    const float step = rampStep;
+    for (std::uint32_t i = 0; i < numInputs; ++i)
+    {
+        if (!isInletActive(i))
+            continue;
+        const std::size_t row = std::size_t(i) * numOutputs;
+        for (std::uint32_t o = 0; o < numOutputs; ++o)
+        {
+            if (!isOutletConnected(o))
+                continue;
+            const float a = load(startGains, row + o);
+            const float b = load(targetGains, row + o);
+            float d = b - a;
+            if (std::fabs(d) <= sameGain)
+            {
+                if (std::fabs(b) > silentGain)
+                    primitives::vectorAddProductConstant32(inputs[i] + offset, b, outputs[o] + offset, static_cast<int>(n));
+                continue;
+            }
+            d *= step;
+            addRamped(inputs[i] + offset, outputs[o] + offset, n, static_cast<float>(position) * d + a,
+                      static_cast<float>(position + static_cast<std::int32_t>(n)) * d + a);
+        }
+    }
+}
+} // namespace ondo

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "common/TarvoDspRelaxedAtomic.h"
+#include "containers/TarvoDspVector.h"
+#include "dsp/TarvoDspAudioProcessorWithOscInAudioInterrupt.h"
+
+#include <atomic>
+#include <cstdint>
+
+namespace ondo
+{
+/// Mixes N inputs to M outputs with one gain a pair, gliding between gain sets along ramps
+/// of one fixed length that run in lockstep: a new gain waits for the next ramp boundary
+/// and is reached one ramp later. A gain of input i to output o sits at i * M + o.
+///
+/// Gains are set by one control thread at a time while the audio thread mixes: they are
+/// written as pending values, and the audio thread takes the whole pending set at a
+/// boundary only when no write was under way (a sequence count tells), so a row set in one
+/// call is never heard half old, half new.
+class SignalMatrix : public AudioProcessorWithOscInAudioInterrupt
+{
+public:
+    static constexpr float defaultRampTimeMs = 30.0f;
+
+    SignalMatrix(std::uint32_t numInputs, std::uint32_t numOutputs);
+
+    /// Zeroes the connected outputs, then adds the mix. Audio thread; real-time safe.
+    void process(float** outputs, float** inputs, std::uint32_t numSamples) override;
+    /// Adds the mix into the outputs as they stand. Audio thread; real-time safe.
+    void processAdd(float** outputs, float** inputs, std::uint32_t numSamples);
+
+    /// Control thread; real-time safe. With `immediately`, or with no ramp, the gain jumps.
+    void setGain(std::uint32_t input, std::uint32_t output, float value, bool immediately);
+    void setGains(float value, bool immediately);
+    /// One row of `getNumOutputs()` gains for `input`.
+    void setGainsForInput(std::uint32_t input, const float* values, bool immediately);
+
+    /// Ramp time in ms, floored at 0; below one sample there is no ramp. Restarts the grid.
+    void setRampTime(float ms);
+    float getRampTime() const { return rampTime; }
+    std::int32_t getRampLength() const { return rampLength; }
+    /// Control thread; allocates when the counts change. Zeroes all gains.
+    void setSize(std::uint32_t numInputs, std::uint32_t numOutputs);
+    void setSampleRate(float rate) override;
+
+    float getStartGain(std::uint32_t input, std::uint32_t output) const;
+    float getTargetGain(std::uint32_t input, std::uint32_t output) const;
+    float getPendingGain(std::uint32_t input, std::uint32_t output) const;
+
+    /// Adds `in` times a gain gliding from `from` (first sample) to `to` (last sample) into
+    /// `out`. Real-time safe.
+    static void addRamped(const float* in, float* out, std::uint32_t n, float from, float to);
+
+private:
+    template <typename Write>
+    void writeGains(bool immediately, Write&& write);
+    void advanceGrid();
+    void addStatic(float** outputs, float** inputs, std::uint32_t offset, std::uint32_t n);
+    void addSegment(float** outputs, float** inputs, std::uint32_t offset, std::uint32_t n, std::int32_t position);
+
+    Vector<float> startGains;
+    Vector<float> targetGains;
+    Vector<float> pendingGains;
+    RelaxedAtomic<std::int32_t> rampPosition = 0;
+    RelaxedAtomic<std::int32_t> rampLength = 0;
+    RelaxedAtomic<float> rampStep = 1.0f;
+    RelaxedAtomic<float> rampTime = defaultRampTimeMs;
+    /// Odd while a control thread writes gains.
+    std::atomic<std::uint32_t> writeSequence{0};
+};
+} // namespace ondo

@@ -1,0 +1,59 @@
+#include "dsp/TarvoDspStaticSignalMatrix.h"
+
+#include "math/TarvoDspVectorPrimitives.h"
+
+#include <atomic>
+#include <cmath>
+#include <cstring>
+
+namespace ondo
+{
+StaticSignalMatrix::StaticSignalMatrix(std::uint32_t inputs, std::uint32_t outputs)
+    : AudioProcessorWithOscInAudioInterrupt(inputs, outputs), gains(std::size_t(inputs) * outputs)
+{
+}
+
+void StaticSignalMatrix::setGain(std::uint32_t input, std::uint32_t output, float value)
+{
+    if (input < numInputs && output < numOutputs)
+        std::atomic_ref<float>(gains[std::size_t(input) * numOutputs + output]).store(value, std::memory_order_relaxed);
+}
+
+void StaticSignalMatrix::setGainsForInput(std::uint32_t input, const float* values)
+{
+    if (values == nullptr)
+        return;
+    for (std::uint32_t o = 0; o < numOutputs; ++o)
+        setGain(input, o, values[o]);
+}
+
+float StaticSignalMatrix::getGain(std::uint32_t input, std::uint32_t output) const
+{
+    return std::atomic_ref<float>(const_cast<float&>(gains[std::size_t(input) * numOutputs + output]))
+        .load(std::memory_order_relaxed);
+}
+
+void StaticSignalMatrix::process(float** outputs, float** inputs, std::uint32_t numSamples)
+{
+    for (std::uint32_t o = 0; o < numOutputs; ++o)
+        if (isOutletConnected(o))
+            std::memset(outputs[o], 0, numSamples * sizeof(float));
+    processAdd(outputs, inputs, numSamples);
+}
+
+void StaticSignalMatrix::processAdd(float** outputs, float** inputs, std::uint32_t numSamples)
+{
+    for (std::uint32_t i = 0; i < numInputs; ++i)
+    {
+        if (!isInletActive(i))
+            continue;
+        for (std::uint32_t o = 0; o < numOutputs; ++o)
+        {
+            const float g = getGain(i, o);
+            // Silent pairs cost nothing.
+            if (std::fabs(g) > 0.0001f && isOutletConnected(o))
+                primitives::vectorAddProductConstant32(inputs[i], g, outputs[o], static_cast<int>(numSamples));
+        }
+    }
+}
+} // namespace ondo

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "containers/TarvoDspVector.h"
+#include "dsp/TarvoDspAudioProcessorWithOscInAudioInterrupt.h"
+
+#include <cstdint>
+
+namespace ondo
+{
+/// Mixes N inputs to M outputs with fixed gains that change at once. A gain of input i to
+/// output o sits at i * M + o.
+class StaticSignalMatrix : public AudioProcessorWithOscInAudioInterrupt
+{
+public:
+    StaticSignalMatrix(std::uint32_t numInputs, std::uint32_t numOutputs);
+
+    /// Zeroes the connected outputs, then adds the mix. Audio thread; real-time safe.
+    void process(float** outputs, float** inputs, std::uint32_t numSamples) override;
+    /// Adds the mix into the outputs as they stand. Audio thread; real-time safe.
+    void processAdd(float** outputs, float** inputs, std::uint32_t numSamples);
+
+    /// Any thread; real-time safe. Heard from the next block on.
+    void setGain(std::uint32_t input, std::uint32_t output, float value);
+    void setGainsForInput(std::uint32_t input, const float* values);
+    float getGain(std::uint32_t input, std::uint32_t output) const;
+
+private:
+    Vector<float> gains;
+};
+} // namespace ondo

@@ -1,0 +1,169 @@
+#include "dsp/TarvoDspSignalMatrix.h"
+#include "dsp/TarvoDspStaticSignalMatrix.h"
+
+#include "AllocationCounter.h"
+#include "TestBlock.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace
+{
+using ondo::SignalMatrix;
+using ondo::StaticSignalMatrix;
+using tarvo::testing::Block;
+
+/// At 8000 Hz a ramp of 1.25 ms lasts exactly ten samples.
+void useTenSampleRamps(SignalMatrix& m)
+{
+    m.setup(8000.0f, 64);
+    m.setRampTime(1.25f);
+}
+
+std::vector<float> run(SignalMatrix& m, std::uint32_t n)
+{
+    Block in(1, n, 1.0f), out(1, n, 7.0f);
+    m.process(out.get(), in.get(), n);
+    return out.data[0];
+}
+
+TEST(SignalMatrix, RampLengthFollowsTimeAndRate)
+{
+    SignalMatrix m(2, 3);
+    EXPECT_EQ(m.getRampTime(), 30.0f);
+    EXPECT_EQ(m.getRampLength(), 1323) << "30 ms at 44100 Hz";
+    m.changeSampleRate(48000.0f);
+    EXPECT_EQ(m.getRampLength(), 1440);
+    m.setRampTime(-5.0f);
+    EXPECT_EQ(m.getRampTime(), 0.0f);
+    EXPECT_EQ(m.getRampLength(), 0);
+}
+
+TEST(SignalMatrix, NewGainWaitsForTheBoundaryThenRampsOverOneLength)
+{
+    SignalMatrix m(1, 1);
+    useTenSampleRamps(m);
+    ASSERT_EQ(m.getRampLength(), 10);
+    m.setGain(0, 0, 1.0f, false);
+    EXPECT_EQ(m.getTargetGain(0, 0), 0.0f);
+    EXPECT_EQ(m.getPendingGain(0, 0), 1.0f);
+    for (float v : run(m, 10))
+        EXPECT_EQ(v, 0.0f) << "nothing before the boundary";
+    // The ramp runs from 0 to 1 over ten samples, both ends included: steps of 1/9.
+    const std::vector<float> ramp = run(m, 10);
+    for (int j = 0; j < 10; ++j)
+        EXPECT_NEAR(ramp[j], j / 9.0f, 1e-6f) << j;
+    for (float v : run(m, 10))
+        EXPECT_EQ(v, 1.0f);
+}
+
+TEST(SignalMatrix, GainSetDuringARampIsReachedOneLengthAfterTheNextBoundary)
+{
+    SignalMatrix m(1, 1);
+    useTenSampleRamps(m);
+    m.setGain(0, 0, 1.0f, false);
+    run(m, 10);
+    run(m, 4); // inside the ramp to 1
+    m.setGain(0, 0, 0.5f, false);
+    const std::vector<float> rest = run(m, 6);
+    EXPECT_EQ(rest.back(), 1.0f) << "the running ramp ends where it was going";
+    const std::vector<float> next = run(m, 10);
+    EXPECT_EQ(next.front(), 1.0f);
+    EXPECT_NEAR(next.back(), 0.5f, 1e-6f);
+}
+
+TEST(SignalMatrix, ImmediateGainJumpsAtOnce)
+{
+    SignalMatrix m(1, 1);
+    useTenSampleRamps(m);
+    m.setGain(0, 0, 0.25f, true);
+    for (float v : run(m, 5))
+        EXPECT_EQ(v, 0.25f);
+}
+
+TEST(SignalMatrix, WithoutRampItActsLikeTheStaticMatrix)
+{
+    SignalMatrix ramped(2, 2);
+    ramped.setRampTime(0.0f);
+    StaticSignalMatrix fixed(2, 2);
+    const float gains[2][2] = {{0.5f, 5e-05f}, {-0.75f, 0.0002f}};
+    for (std::uint32_t i = 0; i < 2; ++i)
+        for (std::uint32_t o = 0; o < 2; ++o)
+        {
+            ramped.setGain(i, o, gains[i][o], false);
+            fixed.setGain(i, o, gains[i][o]);
+        }
+    Block in(2, 16), a(2, 16, 3.0f), b(2, 16, -3.0f);
+    for (int j = 0; j < 16; ++j)
+    {
+        in.data[0][j] = static_cast<float>(j);
+        in.data[1][j] = 1.0f - static_cast<float>(j);
+    }
+    ramped.process(a.get(), in.get(), 16);
+    fixed.process(b.get(), in.get(), 16);
+    for (int o = 0; o < 2; ++o)
+        for (int j = 0; j < 16; ++j)
+        {
+            EXPECT_EQ(a.data[o][j], b.data[o][j]);
+            // The 5e-05 gain is below the threshold: output 1 carries input 1 only.
+            const float expected = o == 0 ? 0.5f * in.data[0][j] - 0.75f * in.data[1][j] : 0.0002f * in.data[1][j];
+            EXPECT_FLOAT_EQ(a.data[o][j], expected);
+        }
+}
+
+TEST(SignalMatrix, TinyGainSoundsOnlyWhileRampingTowardsIt)
+{
+    SignalMatrix m(1, 1);
+    useTenSampleRamps(m);
+    m.setGain(0, 0, 5e-05f, false);
+    run(m, 10);
+    const std::vector<float> ramp = run(m, 10);
+    EXPECT_NEAR(ramp.back(), 5e-05f, 1e-10f);
+    for (float v : run(m, 10))
+        EXPECT_EQ(v, 0.0f) << "standing still at 5e-05 is silence";
+}
+
+TEST(SignalMatrix, ProcessAddKeepsWhatTheOutputHeld)
+{
+    SignalMatrix m(1, 2);
+    m.setGain(0, 1, 2.0f, true);
+    Block in(1, 8, 1.0f), out(2, 8, 0.5f);
+    m.processAdd(out.get(), in.get(), 8);
+    EXPECT_EQ(out.data[0][3], 0.5f);
+    EXPECT_EQ(out.data[1][3], 2.5f);
+}
+
+TEST(SignalMatrix, RowsAndSizes)
+{
+    SignalMatrix m(2, 3);
+    const float row[3] = {1, 2, 3};
+    m.setGainsForInput(1, row, true);
+    EXPECT_EQ(m.getTargetGain(1, 2), 3.0f);
+    EXPECT_EQ(m.getTargetGain(0, 2), 0.0f);
+    m.setGains(0.5f, false);
+    EXPECT_EQ(m.getPendingGain(0, 0), 0.5f);
+    m.setRampTime(100.0f);
+    m.setSize(3, 1);
+    EXPECT_EQ(m.getNumInputs(), 3u);
+    EXPECT_EQ(m.getNumOutputs(), 1u);
+    EXPECT_EQ(m.getRampTime(), 30.0f);
+    EXPECT_EQ(m.getPendingGain(2, 0), 0.0f);
+}
+
+TEST(SignalMatrix, MixingAllocatesNothing)
+{
+    SignalMatrix m(4, 4);
+    StaticSignalMatrix s(4, 4);
+    Block in(4, 256, 0.5f), out(4, 256);
+    tarvo::testing::AllocationScope scope;
+    for (int b = 0; b < 20; ++b)
+    {
+        m.setGain(b % 4, (b + 1) % 4, 0.1f * b, false);
+        m.process(out.get(), in.get(), 256);
+        s.setGain(b % 4, 0, 0.3f);
+        s.process(out.get(), in.get(), 256);
+    }
+    EXPECT_EQ(scope.count(), 0u);
+}
+} // namespace
