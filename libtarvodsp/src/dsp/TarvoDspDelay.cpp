@@ -141,7 +141,8 @@ void readEachSample(const float* ring, std::uint64_t mask, const float* delays, 
 {
     for (std::uint32_t i = 0; i < n; ++i)
     {
-        const float position = static_cast<float>(first + i) - delays[i];
+        // Signed: an unsigned 64-bit conversion costs a branch a sample on x86-64.
+        const float position = static_cast<float>(static_cast<std::int64_t>(first + i)) - delays[i];
         const long long whole = wholeSample(position, rounds);
         const float f = position - static_cast<float>(whole);
         out[i] = form(ring + (static_cast<std::uint64_t>(whole) & mask), f);
