@@ -119,33 +119,60 @@ bool roundsToWholeSamples(Delay::InterpolationMode mode)
     return mode == Delay::nearest || mode == Delay::nearestXfade;
 }
 
+/// Whether a position `above` past the whole sample `whole` rounds up, ties going to even.
+inline bool roundsUp(float above, long long whole)
+{
+    return above > 0.5f || (above == 0.5f && (whole & 1) != 0);
+}
+
 /// The whole sample below a position, or the nearest one (ties to even) for the rounding
 /// modes: what the round-to-nearest conversion of the floor, or of the position, gives.
-/// Written with integer steps so that the gliding loop makes no library call.
-inline long long wholeSample(float position, bool rounds)
+/// Written with integer steps so that the loops make no library call.
+template <typename Whole>
+inline Whole wholeSample(float position, bool rounds)
 {
-    auto whole = static_cast<long long>(position);
+    auto whole = static_cast<Whole>(position);
     whole -= static_cast<float>(whole) > position ? 1 : 0;
     if (rounds)
     {
         const float above = position - static_cast<float>(whole);
-        whole += (above > 0.5f || (above == 0.5f && (whole & 1) != 0)) ? 1 : 0;
+        whole += roundsUp(above, whole) ? 1 : 0;
     }
     return whole;
 }
 
-/// One sample per position `first + i - delays[i]`, masked into the ring.
-template <typename Form>
-void readEachSample(const float* ring, std::uint64_t mask, const float* delays, float* out, std::uint32_t n,
-                    std::uint64_t first, bool rounds, Form form)
+/// Replaces each delay of a block by the fraction of its position `first + i - delay`, and
+/// stores the whole sample below the position, masked into the ring. A loop without
+/// gathers, so that the compiler vectorises it; 32-bit indices suffice, rings being at most
+/// 2^29 samples.
+void locate(float* delaysThenFractions, std::int32_t* indices, std::uint32_t n, std::int32_t first, std::int32_t mask)
 {
     for (std::uint32_t i = 0; i < n; ++i)
     {
-        const float position = static_cast<float>(first + i) - delays[i];
-        const long long whole = wholeSample(position, rounds);
-        const float f = position - static_cast<float>(whole);
-        out[i] = form(ring + (static_cast<std::uint64_t>(whole) & mask), f);
+        const float position = static_cast<float>(first + static_cast<std::int32_t>(i)) - delaysThenFractions[i];
+        const auto whole = wholeSample<std::int32_t>(position, false);
+        delaysThenFractions[i] = position - static_cast<float>(whole);
+        indices[i] = whole & mask;
     }
+}
+
+/// The rounding readers: the sample below each position, or the one above it when the
+/// position rounds up. The guard past the ring's end stands for ring element 0, and the
+/// mask keeps a whole sample's parity.
+void readNearestEach(const float* ring, const std::int32_t* indices, const float* fractions, float* out,
+                     std::uint32_t n)
+{
+    for (std::uint32_t i = 0; i < n; ++i)
+        out[i] = ring[indices[i] + (roundsUp(fractions[i], indices[i]) ? 1 : 0)];
+}
+
+/// One sample a position located beforehand.
+template <typename Form>
+void readEachSample(const float* ring, const std::int32_t* indices, const float* fractions, float* out,
+                    std::uint32_t n, Form form)
+{
+    for (std::uint32_t i = 0; i < n; ++i)
+        out[i] = form(ring + indices[i], fractions[i]);
 }
 
 const std::map<std::string, Delay::InterpolationMode>& nameTable()
@@ -213,6 +240,7 @@ void Delay::setSampleRate(float rate)
 void Delay::setBufferSize(std::uint32_t size)
 {
     delayPerSample.resize(std::max<std::uint32_t>(size, 1));
+    readIndices.resize(delayPerSample.size());
     setMaximumDelay(maximumDelay);
 }
 
@@ -307,7 +335,7 @@ void Delay::readFixed(float* output, std::uint32_t n, float delay, Interpolation
     // A fixed delay has one fraction: the weights are hoisted out of the loops, and the ring
     // is read in contiguous runs up to its end.
     const float position = static_cast<float>(writeIndex) + static_cast<float>(ringSize) - delay;
-    const long long whole = wholeSample(position, roundsToWholeSamples(mode));
+    const auto whole = wholeSample<long long>(position, roundsToWholeSamples(mode));
     const float f = position - static_cast<float>(whole);
     const Weights w = weightsFor(mode, f);
     const float allpassCoefficient = f / (1.0f - f + 1.0f);
@@ -358,21 +386,22 @@ void Delay::readGliding(float* output, std::uint32_t n, Ramp& delayInSamples, In
 {
     refreshGuards();
     const float* ring = buffer.data() + guard;
-    const bool rounds = roundsToWholeSamples(mode);
     const auto chunk = static_cast<std::uint32_t>(delayPerSample.size());
     std::uint32_t k = 0;
     for (std::uint32_t start = 0; start < n; start += k)
     {
         k = std::min(chunk, n - start);
         delayInSamples.fill(delayPerSample.data(), k);
+        locate(delayPerSample.data(), readIndices.data(), k, static_cast<std::int32_t>(writeIndex + start),
+               static_cast<std::int32_t>(mask));
         const auto each = [&](auto form) {
-            readEachSample(ring, mask, delayPerSample.data(), output + start, k, writeIndex + start, rounds, form);
+            readEachSample(ring, readIndices.data(), delayPerSample.data(), output + start, k, form);
         };
         switch (mode)
         {
         case nearest:
         case nearestXfade:
-            each([](const float* x, float) { return x[0]; });
+            readNearestEach(ring, readIndices.data(), delayPerSample.data(), output + start, k);
             break;
         case lagrange3:
             each(lagrange3Form);

@@ -128,5 +128,7 @@ private:
     Ramp delayRamp;
     std::uint64_t mask = 0;
     Vector<float> delayPerSample;
+    /// Where each sample of a gliding block is read.
+    Vector<std::int32_t> readIndices;
 };
 } // namespace ondo

@@ -357,19 +357,41 @@ TEST(Delay, StandingDelayIsIndependentOfTheBlockSize)
 TEST(Delay, BothReadersAgreeOnAStandingDelay)
 {
     // A glide to the delay already in force keeps the gliding reader busy at a constant
-    // delay: its Horner forms must give the fixed reader's weighted sums within roundings.
+    // delay: its Horner forms must give the fixed reader's weighted sums within roundings,
+    // and its rounding the same samples as the fixed reader away from ties.
     const auto input = noise(1200);
-    for (Mode mode : allModes)
+    for (float d : {21.375f, 21.625f})
     {
-        auto fixed = standing(mode, 21.375f);
-        auto gliding = standing(mode, 21.375f);
-        gliding->setDelayInSamples(21.375f, false);
-        const auto a = run(fixed, input);
-        const auto b = run(gliding, input);
-        ASSERT_TRUE(gliding->getDelayRamp().isRunning());
-        for (std::size_t t = 0; t < a.size(); ++t)
-            ASSERT_NEAR(a[t], b[t], 2e-6f) << ondo::Delay::interpolationModeName(mode) << " t = " << t;
+        for (Mode mode : allModes)
+        {
+            auto fixed = standing(mode, d);
+            auto gliding = standing(mode, d);
+            gliding->setDelayInSamples(d, false);
+            const auto a = run(fixed, input);
+            const auto b = run(gliding, input);
+            ASSERT_TRUE(gliding->getDelayRamp().isRunning());
+            for (std::size_t t = 0; t < a.size(); ++t)
+                ASSERT_NEAR(a[t], b[t], 2e-6f) << ondo::Delay::interpolationModeName(mode) << " d = " << d << " t = " << t;
+            if (mode == ondo::Delay::nearest)
+            {
+                EXPECT_EQ(a, b) << d;
+            }
+        }
     }
+}
+
+TEST(Delay, GlidingNearestRoundsEachTieToEven)
+{
+    // Each sample's position rounds on its own, the round-to-nearest conversion sending a
+    // half to the even neighbour: positions 0.5, 1.5, 2.5, 3.5 read 0, 2, 2, 4.
+    const auto input = noise(64);
+    auto delay = standing(ondo::Delay::nearest, 21.5f);
+    delay->setDelayInSamples(21.5f, false);
+    const auto out = run(delay, input);
+    EXPECT_EQ(out[22], input[0]);
+    EXPECT_EQ(out[23], input[2]);
+    EXPECT_EQ(out[24], input[2]);
+    EXPECT_EQ(out[25], input[4]);
 }
 
 TEST(Delay, GlideEndsExactlyOnItsTarget)
