@@ -1,0 +1,498 @@
+#include "reverb/QuorTarvoVerb.h"
+
+#include "math/TarvoDspVectorPrimitives.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace Quor
+{
+namespace
+{
+using namespace ondo::primitives;
+
+constexpr float sectionGainGlideMs = 100.0f;
+constexpr float distanceGainGlideMs = 30.0f;
+constexpr float nearestDistance = 0.3f;
+constexpr float farthestDistance = 100.0f;
+constexpr float halfDegreeInRadians = 0.5f * 0.017453292f;
+constexpr std::uint32_t initialChannels = 6;
+constexpr std::uint32_t initialBufferSize = 512;
+// Limits of the three stages' series, ms.
+constexpr float earlyLowest = 1.0f;
+constexpr float earlyHighest = 120.0f;
+constexpr float clusterLowest = 1.0f;
+constexpr float clusterHighest = 300.0f;
+constexpr float lateOnsetHighest = 500.0f;
+constexpr float lowestDistribution = 0.1f;
+constexpr float highestDistribution = 0.9f;
+constexpr float lowestDensity = 0.2f;
+constexpr float highestDensity = 4.0f;
+
+/// A shelf with its overall gain taken out: that gain rides on the section's ramp instead.
+ondo::HLShelfParameters withoutGain(ondo::HLShelfParameters parameters)
+{
+    parameters.G0 = 0.0f;
+    return parameters;
+}
+} // namespace
+
+TarvoVerb::TarvoVerb(std::uint32_t numInternals)
+    : AudioProcessorWithOscInAudioInterrupt(initialChannels, initialChannels), numInternals(numInternals),
+      early(numInternals, 1), cluster(numInternals), reverb(numInternals), directFilter(initialChannels),
+      roomFilter(1), earlyFilter(2), clusterFilter(numInternals), directBuffer(initialChannels, initialBufferSize),
+      roomBuffer(1, initialBufferSize), earlyPairBuffer(2, initialBufferSize),
+      lateBuffer(numInternals, initialBufferSize), earlyBuffer(numInternals, initialBufferSize),
+      clusterBuffer(numInternals, initialBufferSize), reverbBuffer(numInternals, initialBufferSize),
+      delgenEarly(numInternals, 20.0f, 40.0f, 0.5f), delgenCluster(numInternals, 20.0f, 40.0f, 0.5f),
+      delgenReverb(numInternals, 20.0f, 40.0f, 0.5f), earlyGains(numInternals)
+{
+    for (auto& gain : earlyGains)
+        gain = 1.0f;
+    // The early lines hold the longest reflection the room allows from the start: a line
+    // enlarged later would be reallocated under the audio thread's feet.
+    const ondo::Vector<float> initialDelays = early.getDelays();
+    early.setDelays(ondo::Vector<float>(numInternals, earlyHighest), true);
+    early.setDelays(initialDelays, true);
+    reverb.setAirEnabled(true);
+}
+
+Pan::Type TarvoVerb::panningTypeFor(std::uint32_t numSpeakers)
+{
+    return numSpeakers <= 2 ? Pan::Angular : Pan::Vbap2D;
+}
+
+bool TarvoVerb::isConfigurationValid(std::uint32_t numSources, std::uint32_t numSpeakers, std::uint32_t numInternals)
+{
+    if (numSources == 0 || numSources > maximumSources || numSpeakers == 0 || numSpeakers > maximumSpeakers)
+        return false;
+    if (numInternals < minimumInternals || numInternals > maximumInternals)
+        return false;
+    return Pan::isConfigurationValid(panningTypeFor(numSpeakers), numSpeakers);
+}
+
+void TarvoVerb::configure(float rate, std::uint32_t size, std::uint32_t numSources, std::uint32_t numSpeakers)
+{
+    if (configured)
+    {
+        // Channel counts never change once configured.
+        setup(rate, size, true);
+        return;
+    }
+    sourcePositions.resize(numSources);
+    speakerPositions.resize(numSpeakers);
+    sourceDirectGain.assign(numSources, ondo::Ramp());
+    sourceRoomGain.assign(numSources, ondo::Ramp());
+    earlyGains = std::vector<ondo::RelaxedAtomic<float>>(numInternals, 1.0f);
+
+    const Pan::Type type = panningTypeFor(numSpeakers);
+    panDirect = Pan::create(numSources, numSpeakers, type, Pan::Direct);
+    panEarly = Pan::create(2, numSpeakers, type, Pan::Early);
+    panLate = Pan::create(numInternals, numSpeakers, type, Pan::Diffuse);
+    if (!panDirect || !panEarly || !panLate)
+    {
+        panDirect.reset();
+        panEarly.reset();
+        panLate.reset();
+        configured = false;
+        return;
+    }
+
+    speakerPositions = ondo::Point3Array::defaultLayout(numSpeakers);
+    panDirect->setSpeakers(speakerPositions);
+    panEarly->setSpeakers(speakerPositions);
+
+    directBuffer.setSize(numSources, directBuffer.getNumSamples());
+    directFilter.setNumChannels(numSources);
+    roomFilter.setNumChannels(1);
+    earlyFilter.setNumChannels(2);
+    clusterFilter.setNumChannels(numInternals);
+
+    computeEarlyGainsNow();
+    configured = true;
+    setNumberOfInputs(numSources);
+    setNumberOfOutputs(numSpeakers);
+
+    const ondo::Point3Array layout = ondo::Point3Array::defaultLayout(numSources);
+    for (std::uint32_t i = 0; i < numSources; ++i)
+        setSourcePosition(i, layout[i]);
+    setup(rate, size, true);
+}
+
+std::string TarvoVerb::getInletName(std::int32_t index) const
+{
+    return numberedInletName("source #", index);
+}
+
+std::string TarvoVerb::getOutletName(std::int32_t index) const
+{
+    return numberedOutletName("speaker #", index);
+}
+
+void TarvoVerb::setSampleRate(float rate)
+{
+    const float clamped = clampSampleRate(rate);
+    for (std::size_t i = 0; i < sourceDirectGain.size(); ++i)
+    {
+        sourceRoomGain[i].setSampleRate(clamped);
+        sourceDirectGain[i].setSampleRate(clamped);
+    }
+    for (ondo::Ramp* ramp : {&directGain, &earlyGain, &clusterGain, &reverbGain})
+        ramp->setSampleRate(clamped);
+    for (ondo::AudioProcessorBase* stage : {static_cast<ondo::AudioProcessorBase*>(&early),
+                                            static_cast<ondo::AudioProcessorBase*>(&cluster),
+                                            static_cast<ondo::AudioProcessorBase*>(&reverb),
+                                            static_cast<ondo::AudioProcessorBase*>(&directFilter),
+                                            static_cast<ondo::AudioProcessorBase*>(&earlyFilter),
+                                            static_cast<ondo::AudioProcessorBase*>(&clusterFilter),
+                                            static_cast<ondo::AudioProcessorBase*>(&roomFilter)})
+        stage->changeSampleRate(clamped);
+    for (Pan* pan : {panDirect.get(), panEarly.get(), panLate.get()})
+        if (pan != nullptr)
+            pan->changeSampleRate(clamped);
+}
+
+void TarvoVerb::setBufferSize(std::uint32_t size)
+{
+    for (ondo::AudioProcessorBase* stage : {static_cast<ondo::AudioProcessorBase*>(&directFilter),
+                                            static_cast<ondo::AudioProcessorBase*>(&roomFilter),
+                                            static_cast<ondo::AudioProcessorBase*>(&earlyFilter),
+                                            static_cast<ondo::AudioProcessorBase*>(&clusterFilter),
+                                            static_cast<ondo::AudioProcessorBase*>(&early),
+                                            static_cast<ondo::AudioProcessorBase*>(&cluster),
+                                            static_cast<ondo::AudioProcessorBase*>(&reverb)})
+        stage->changeBufferSize(size);
+    for (Pan* pan : {panDirect.get(), panEarly.get(), panLate.get()})
+        if (pan != nullptr)
+            pan->changeBufferSize(size);
+    for (ondo::AudioBuffer<float>* buffer : {&earlyBuffer, &clusterBuffer, &reverbBuffer, &directBuffer, &roomBuffer,
+                                             &earlyPairBuffer, &lateBuffer})
+        buffer->setSize(buffer->getNumChannels(), size);
+}
+
+void TarvoVerb::clear()
+{
+    early.clear();
+    cluster.clear();
+    reverb.clear();
+    for (Pan* pan : {panDirect.get(), panEarly.get(), panLate.get()})
+        if (pan != nullptr)
+            pan->clear();
+    directFilter.clear();
+    earlyFilter.clear();
+    clusterFilter.clear();
+    roomFilter.clear();
+}
+
+void TarvoVerb::process(float** outputs, float** inputs, std::uint32_t numSamples)
+{
+    // Blocks longer than the buffers are served in pieces, so nothing is ever written past them.
+    const auto capacity = static_cast<std::uint32_t>(std::max<std::uint64_t>(directBuffer.getNumSamples(), 1));
+    for (std::uint32_t start = 0; start < numSamples;)
+    {
+        const std::uint32_t n = std::min(capacity, numSamples - start);
+        inputsReference.refer(inputs, numInputs, n, start);
+        outputsReference.refer(outputs, numOutputs, n, start);
+        renderBlock(n);
+        start += n;
+    }
+}
+
+void TarvoVerb::renderBlock(std::uint32_t n)
+{
+    const int count = static_cast<int>(n);
+    const std::uint32_t S = numInputs;
+    const std::uint32_t K = numOutputs;
+    const std::uint32_t N = numInternals;
+    const float s = std::sqrt(1.0f / static_cast<float>(N));
+    const float r = std::sqrt(static_cast<float>(S));
+    float** in = inputsReference.getChannels();
+    float** out = outputsReference.getChannels();
+    float** direct = directBuffer.getChannels();
+    float** room = roomBuffer.getChannels();
+    float** earlyChannels = earlyBuffer.getChannels();
+    float** clusterChannels = clusterBuffer.getChannels();
+    float** reverbChannels = reverbBuffer.getChannels();
+    float** pair = earlyPairBuffer.getChannels();
+    float** late = lateBuffer.getChannels();
+
+    // Each ramp's value at the head of the block serves the whole block.
+    const float gD = directGain.getValue(0);
+    directGain.advance(n);
+    const float gE = earlyGain.getValue(0);
+    earlyGain.advance(n);
+    const float gC = clusterGain.getValue(0);
+    clusterGain.advance(n);
+    const float gR = reverbGain.getValue(0);
+    reverbGain.advance(n);
+
+    // Sources through their shelves, then into the mono room bus at their distance gains.
+    directFilter.process(direct, in, n);
+    vectorZero32(room[0], count);
+    for (std::uint32_t i = 0; i < S; ++i)
+    {
+        const float g = sourceRoomGain[i].getValue(0);
+        sourceRoomGain[i].advance(n);
+        vectorAddProductConstant32(direct[i], g, room[0], count);
+    }
+    roomFilter.process(room, room, n);
+
+    // The room chain, in series: each stage feeds the next.
+    early.process(earlyChannels, room, n);
+    cluster.process(clusterChannels, earlyChannels, n);
+    reverb.process(reverbChannels, clusterChannels, n);
+
+    for (std::uint32_t k = 0; k < K; ++k)
+        vectorZero32(out[k], count);
+
+    // Direct sound.
+    for (std::uint32_t i = 0; i < S; ++i)
+    {
+        const float g = sourceDirectGain[i].getValue(0);
+        sourceDirectGain[i].advance(n);
+        vectorMultiplyConstant32InPlace(g * gD * r * s, direct[i], count);
+    }
+    panDirect->processAdd(out, direct, n);
+
+    // Early reflections: gained after the chain has taken them, folded to a pair.
+    for (std::uint32_t j = 0; j < N; ++j)
+        vectorMultiplyConstant32InPlace(earlyGains[j], earlyChannels[j], count);
+    const float earlyFold = gE * s;
+    for (std::uint32_t i = 0; i < N; ++i)
+    {
+        if (i < 2)
+            vectorMultiplyConstant32(earlyChannels[i], earlyFold, pair[i % 2], count);
+        else
+            vectorAddProductConstant32(earlyChannels[i], earlyFold, pair[i % 2], count);
+    }
+    earlyFilter.process(pair, pair, n);
+    panEarly->processAdd(out, pair, n);
+
+    // Cluster through its shelf; the late reverberation joins after it, unfiltered.
+    const float clusterFactor = gC * s;
+    for (std::uint32_t c = 0; c < N; ++c)
+        vectorMultiplyConstant32(clusterChannels[c], clusterFactor, late[c], count);
+    clusterFilter.process(late, late, n);
+    const float reverbFactor = gR * s;
+    for (std::uint32_t c = 0; c < N; ++c)
+        vectorAddProductConstant32(reverbChannels[c], reverbFactor, late[c], count);
+    panLate->processAdd(out, late, n);
+}
+
+void TarvoVerb::setSourcePosition(std::uint32_t index, const ondo::Point3& p)
+{
+    if (index >= sourcePositions.size())
+        return;
+    sourcePositions[index] = p;
+    if (panDirect)
+        panDirect->setSourcePosition(index, p, false);
+    if (panEarly)
+    {
+        // The two early virtual sources turn about the vertical axis, either side of the source.
+        const float theta = parameters.earlyWidth * halfDegreeInRadians;
+        if (theta == 0.0f)
+        {
+            panEarly->setSourcePosition(0, p, false);
+            panEarly->setSourcePosition(1, p, false);
+        }
+        else
+        {
+            const float c = std::cos(theta);
+            const float sn = std::sin(theta);
+            panEarly->setSourcePosition(0, ondo::Point3(p.x * c - p.y * sn, p.y * c + p.x * sn, p.z), false);
+            panEarly->setSourcePosition(1, ondo::Point3(p.x * c + p.y * sn, p.y * c - p.x * sn, p.z), false);
+        }
+    }
+    // The direct path falls with the square of the distance, the send to the room with the
+    // distance itself: the room doesn't fall as fast as the direct sound.
+    const float d = std::clamp(p.length(), nearestDistance, farthestDistance);
+    sourceDirectGain[index].setTarget(1.0f / (d * d), static_cast<double>(distanceGainGlideMs));
+    sourceRoomGain[index].setTarget(1.0f / d, static_cast<double>(distanceGainGlideMs));
+}
+
+void TarvoVerb::setSpeakerPositions(const ondo::Point3Array& positions)
+{
+    speakerPositions = positions;
+    if (panDirect)
+        panDirect->setSpeakers(positions);
+    if (panEarly)
+        panEarly->setSpeakers(positions);
+}
+
+float TarvoVerb::dbToGain(float dB)
+{
+    return std::sqrt(std::pow(10.0f, 0.1f * dB));
+}
+
+void TarvoVerb::setDirectFilter(const ondo::HLShelfParameters& p)
+{
+    parameters.directFilterParams = p;
+    directGain.setTarget(dbToGain(p.G0), static_cast<double>(sectionGainGlideMs));
+    directFilter.setParameters(withoutGain(p), false);
+}
+
+void TarvoVerb::setRoomFilter(const ondo::HLShelfParameters& p)
+{
+    parameters.roomFilterParams = p;
+    roomFilter.setParameters(p, false);
+}
+
+void TarvoVerb::setEarlyFilter(const ondo::HLShelfParameters& p)
+{
+    parameters.earlyFilterParams = p;
+    earlyGain.setTarget(dbToGain(p.G0), static_cast<double>(sectionGainGlideMs));
+    earlyFilter.setParameters(withoutGain(p), false);
+}
+
+void TarvoVerb::setClusterFilter(const ondo::HLShelfParameters& p)
+{
+    parameters.clusterFilterParams = p;
+    clusterGain.setTarget(dbToGain(p.G0), static_cast<double>(sectionGainGlideMs));
+    clusterFilter.setParameters(withoutGain(p), false);
+}
+
+void TarvoVerb::setEarlyMin(float ms)
+{
+    parameters.earlyMin = ms;
+    updateEarly();
+    updateCluster();
+}
+
+void TarvoVerb::setEarlyMax(float ms)
+{
+    parameters.earlyMax = ms;
+    updateEarly();
+    updateCluster();
+}
+
+void TarvoVerb::setEarlyDistribution(float distribution)
+{
+    parameters.earlyDistribution = distribution;
+    updateEarly();
+    updateCluster();
+}
+
+void TarvoVerb::setEarlyWidth(float degrees)
+{
+    parameters.earlyWidth = degrees;
+    for (std::uint32_t i = 0; i < sourcePositions.size(); ++i)
+        setSourcePosition(i, sourcePositions[i]);
+}
+
+void TarvoVerb::setEarlyShape(float shape)
+{
+    parameters.earlyShape = shape;
+    computeEarlyGainsNow();
+}
+
+void TarvoVerb::setClusterMin(float ms)
+{
+    parameters.clusterMin = ms;
+    updateCluster();
+    updateLateDelays();
+}
+
+void TarvoVerb::setClusterMax(float ms)
+{
+    parameters.clusterMax = ms;
+    updateCluster();
+    updateLateDelays();
+}
+
+void TarvoVerb::setClusterDistribution(float distribution)
+{
+    parameters.clusterDistribution = distribution;
+    updateCluster();
+    updateLateDelays();
+}
+
+void TarvoVerb::setReverbMin(float ms)
+{
+    parameters.reverbMin = ms;
+    updateLateDelays();
+}
+
+void TarvoVerb::setReverbDensity(float seconds)
+{
+    parameters.reverbDensity = seconds;
+    updateLateDelays();
+}
+
+void TarvoVerb::setReverbGain(float dB)
+{
+    parameters.reverbGainDb = dB;
+    reverbGain.setTarget(dbToGain(dB), static_cast<double>(sectionGainGlideMs));
+}
+
+void TarvoVerb::setReverbTimes(const ondo::HLShelfParameters& decay, float dB)
+{
+    setReverbGain(dB);
+    parameters.tr0 = decay.G0;
+    parameters.trl = decay.Gl;
+    parameters.trm = decay.Gm;
+    parameters.trh = decay.Gh;
+    parameters.fl = decay.fl;
+    parameters.fh = decay.fh;
+    reverb.setTr0(decay.G0, false);
+    reverb.setTrl(decay.Gl, false);
+    reverb.setTrm(decay.Gm, false);
+    reverb.setTrh(decay.Gh, false);
+    reverb.setFl(decay.fl, false);
+    reverb.setFh(decay.fh, false);
+}
+
+void TarvoVerb::setAirEnabled(bool enabled)
+{
+    parameters.airEnabled = enabled;
+    reverb.setAirEnabled(enabled);
+}
+
+void TarvoVerb::setAirCutoff(float hertz)
+{
+    reverb.setAirCutoff(hertz);
+}
+
+void TarvoVerb::setInfinite(bool enabled)
+{
+    reverb.setInfinite(enabled);
+}
+
+void TarvoVerb::computeEarlyGainsNow()
+{
+    ondo::Vector<float> gains;
+    computeEarlyGains(gains, numInternals, parameters.earlyShape, early.getDelaySpread(), true);
+    for (std::uint32_t j = 0; j < numInternals && j < gains.size(); ++j)
+        earlyGains[j] = gains[j];
+}
+
+void TarvoVerb::updateEarly()
+{
+    float a = std::clamp(parameters.earlyMin, earlyLowest, earlyHighest);
+    float b = std::min(std::max(parameters.earlyMax, a), earlyHighest);
+    if (b < a)
+        std::swap(a, b);
+    const float d = std::clamp(parameters.earlyDistribution, lowestDistribution, highestDistribution);
+    early.setDelays(delgenEarly.setMinMax(a, b, d), false);
+    computeEarlyGainsNow();
+}
+
+void TarvoVerb::updateCluster()
+{
+    // Stages in series count their delays from the stage before: the cluster's are differences.
+    float a = std::clamp(parameters.clusterMin - parameters.earlyMin, clusterLowest, clusterHighest);
+    float b = std::min(std::max(parameters.clusterMax - parameters.earlyMax, a), clusterHighest);
+    if (a > b)
+        std::swap(a, b);
+    const float d = std::clamp(parameters.clusterDistribution, lowestDistribution, highestDistribution);
+    cluster.setDelays(delgenCluster.setMinMax(a, b, d), false);
+}
+
+void TarvoVerb::updateLateDelays()
+{
+    const float a = std::clamp(parameters.reverbMin - parameters.clusterMin, 0.0f, lateOnsetHighest);
+    const float density = std::clamp(parameters.reverbDensity, lowestDensity, highestDensity);
+    const float distribution = numInternals < 9 ? 0.5f : 0.3f;
+    reverb.setDelayRange(a, density * 1000.0f, distribution, false);
+}
+} // namespace Quor
