@@ -1,0 +1,434 @@
+#include "dsp/TarvoDspDelay.h"
+
+#include "common/TarvoDspException.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstring>
+#include <map>
+
+namespace ondo
+{
+namespace
+{
+/// Elements of `buffer` before the ring proper; the readers look one sample back and two on.
+constexpr std::uint64_t guard = 4;
+/// Sample counts of the ring beyond which a maximum delay is refused (1 GiB of samples).
+constexpr float largestRing = static_cast<float>(1u << 28);
+constexpr float sixth = 1.0f / 6.0f;
+/// Keeps the allpass reader's recursion out of the denormal range: added, then taken off.
+constexpr float antiDenormal = 1e-20f;
+
+// The interpolators' polynomials in Horner form, in the order of evaluation that the
+// gliding reader keeps: x points at x[0]; x[-1] is older, x[1] and x[2] newer.
+inline float linearForm(const float* x, float f)
+{
+    return (x[1] - x[0]) * f + x[0];
+}
+
+inline float lagrange3Form(const float* x, float f)
+{
+    return ((((x[0] - x[1]) * 3.0f + (x[2] - x[-1])) * sixth * f + (x[1] + x[-1] - 2.0f * x[0]) * 0.5f) * f +
+            (6.0f * x[1] - 2.0f * x[-1] - 3.0f * x[0] - x[2]) * sixth) *
+               f +
+           x[0];
+}
+
+inline float hermite3Form(const float* x, float f)
+{
+    return ((((x[0] - x[1]) * 1.5f + (x[2] - x[-1]) * 0.5f) * f + (x[-1] - 2.5f * x[0] + 2.0f * x[1] - 0.5f * x[2])) *
+                f +
+            (x[1] - x[-1]) * 0.5f) *
+               f +
+           x[0];
+}
+
+inline float watte3Form(const float* x, float f)
+{
+    const float t = x[2] + x[-1];
+    return (1.5f * x[1] - (t + x[0]) * 0.5f + (t - x[0] - x[1]) * 0.5f * f) * f + x[0];
+}
+
+// Smoothing: at f = 0 this is not x[0]. Used by both readers.
+inline float bspline3Form(const float* x, float f)
+{
+    return ((((x[2] - x[-1]) * sixth + (x[0] - x[1]) * 0.5f) * f + ((x[1] + x[-1]) * 0.5f - x[0])) * f +
+            (x[1] - x[-1]) * 0.5f) *
+               f +
+           ((x[1] + x[-1]) * sixth + x[0] * 0.6666667f);
+}
+
+inline float parabolicForm(const float* x, float f)
+{
+    return (((x[2] - x[0]) - (x[1] - x[-1])) * 0.25f * f + (x[1] - x[-1]) * 0.5f) * f +
+           ((x[1] + x[-1]) * 0.25f + x[0] * 0.5f);
+}
+
+inline float allpassStep(const float* x, float c, float& state)
+{
+    const float y = (antiDenormal + x[1] - state) * c + x[0] - antiDenormal;
+    state = y;
+    return y;
+}
+
+/// The four weights of a fixed fraction, applied to x[-1], x[0], x[1], x[2].
+struct Weights
+{
+    float a = 0.0f, b = 1.0f, c = 0.0f, d = 0.0f;
+};
+
+Weights weightsFor(Delay::InterpolationMode mode, float f)
+{
+    const float f2 = f * f;
+    const float f3 = f2 * f;
+    Weights w;
+    switch (mode)
+    {
+    case Delay::lagrange3:
+        w.a = f2 / 2.0f - f3 / 6.0f - f / 3.0f;
+        w.b = f3 / 2.0f - f2 - f / 2.0f + 1.0f;
+        w.c = (2.0f * f + f2 - f3) / 2.0f;
+        w.d = (f3 - f) / 6.0f;
+        break;
+    case Delay::hermite3:
+        w.a = f2 - f3 / 2.0f - f / 2.0f;
+        w.b = 1.5f * f3 - 2.5f * f2 + 1.0f;
+        w.c = 2.0f * f2 - 1.5f * f3 + f / 2.0f;
+        w.d = f3 / 2.0f - f2 / 2.0f;
+        break;
+    case Delay::watte3:
+        w.a = w.d = f2 / 2.0f - f / 2.0f;
+        w.b = 1.0f - (f / 2.0f + f2 / 2.0f);
+        w.c = 1.5f * f - f2 / 2.0f;
+        break;
+    case Delay::parabolic:
+        w.d = f2 / 4.0f;
+        w.b = 0.5f - f2 / 4.0f;
+        w.a = f2 / 4.0f - f / 2.0f + 0.25f;
+        w.c = f / 2.0f - f2 / 4.0f + 0.25f;
+        break;
+    default:
+        break;
+    }
+    return w;
+}
+
+bool roundsToWholeSamples(Delay::InterpolationMode mode)
+{
+    return mode == Delay::nearest || mode == Delay::nearestXfade;
+}
+
+/// Whether a position `above` past the whole sample `whole` rounds up, ties going to even.
+inline bool roundsUp(float above, long long whole)
+{
+    return above > 0.5f || (above == 0.5f && (whole & 1) != 0);
+}
+
+/// The whole sample below a position, or the nearest one (ties to even) for the rounding
+/// modes: what the round-to-nearest conversion of the floor, or of the position, gives.
+/// Written with integer steps so that the loops make no library call.
+template <typename Whole>
+inline Whole wholeSample(float position, bool rounds)
+{
+    auto whole = static_cast<Whole>(position);
+    whole -= static_cast<float>(whole) > position ? 1 : 0;
+    if (rounds)
+    {
+        const float above = position - static_cast<float>(whole);
+        whole += roundsUp(above, whole) ? 1 : 0;
+    }
+    return whole;
+}
+
+/// Replaces each delay of a block by the fraction of its position `first + i - delay`, and
+/// stores the whole sample below the position, masked into the ring. A loop without
+/// gathers, so that the compiler vectorises it; 32-bit indices suffice, rings being at most
+/// 2^29 samples.
+void locate(float* delaysThenFractions, std::int32_t* indices, std::uint32_t n, std::int32_t first, std::int32_t mask)
+{
+    for (std::uint32_t i = 0; i < n; ++i)
+    {
+        const float position = static_cast<float>(first + static_cast<std::int32_t>(i)) - delaysThenFractions[i];
+        const auto whole = wholeSample<std::int32_t>(position, false);
+        delaysThenFractions[i] = position - static_cast<float>(whole);
+        indices[i] = whole & mask;
+    }
+}
+
+/// The rounding readers: the sample below each position, or the one above it when the
+/// position rounds up. The guard past the ring's end stands for ring element 0, and the
+/// mask keeps a whole sample's parity.
+void readNearestEach(const float* ring, const std::int32_t* indices, const float* fractions, float* out,
+                     std::uint32_t n)
+{
+    for (std::uint32_t i = 0; i < n; ++i)
+        out[i] = ring[indices[i] + (roundsUp(fractions[i], indices[i]) ? 1 : 0)];
+}
+
+/// One sample a position located beforehand.
+template <typename Form>
+void readEachSample(const float* ring, const std::int32_t* indices, const float* fractions, float* out,
+                    std::uint32_t n, Form form)
+{
+    for (std::uint32_t i = 0; i < n; ++i)
+        out[i] = form(ring + indices[i], fractions[i]);
+}
+
+const std::map<std::string, Delay::InterpolationMode>& nameTable()
+{
+    static const std::map<std::string, Delay::InterpolationMode> table{
+        {"nearest", Delay::nearest},           {"linear", Delay::linear},   {"lagrange3", Delay::lagrange3},
+        {"allpass", Delay::allpass},           {"nearestXfade", Delay::nearestXfade},
+        {"hermite3", Delay::hermite3},         {"watte3", Delay::watte3},   {"bspline3", Delay::bspline3},
+        {"parabolic", Delay::parabolic}};
+    return table;
+}
+} // namespace
+
+Delay::InterpolationMode Delay::interpolationModeFromName(const std::string& name)
+{
+    const auto& table = nameTable();
+    const auto found = table.find(name);
+    return found == table.end() ? linear : found->second;
+}
+
+std::string Delay::interpolationModeName(std::uint32_t mode)
+{
+    for (const auto& [name, value] : nameTable())
+        if (value == mode)
+            return name;
+    return "linear";
+}
+
+Delay::Delay(float maximumDelayMs, InterpolationMode mode)
+    : AudioProcessorWithOscInAudioInterrupt(1, 1), interpolationMode(mode)
+{
+    buffer.resize(2 * guard);
+    // Large lines are common (reverberation tails); reserve their likely size at once.
+    if (maximumDelayMs > 500.0f)
+        buffer.reserve(8 * std::bit_ceil(static_cast<std::uint64_t>(defaultSampleRate * 0.2f)));
+    setup(defaultSampleRate, defaultBufferSize, true);
+    setMaximumDelay(constructionHeadroomSamples * 1000.0f / sampleRate + maximumDelayMs);
+    delayRamp.setTarget(0.0f, 0.0);
+}
+
+void Delay::process(float** outputs, float** inputs, std::uint32_t numSamples)
+{
+    for (std::uint32_t start = 0; start < numSamples; start += maximumBlockSize)
+    {
+        const std::uint32_t n = std::min(numSamples - start, maximumBlockSize);
+        // Write before reading, so that a delay of 0 passes the current input through.
+        write(inputs[0] + start, n);
+        float state = allpassState;
+        read(outputs[0] + start, n, delayRamp, interpolationMode, state);
+        allpassState = state;
+        advance(n);
+    }
+}
+
+void Delay::setSampleRate(float rate)
+{
+    sampleRate = clampSampleRate(rate);
+    const float target = delayRamp.getTargetValue();
+    setMaximumDelay(maximumDelay);
+    delayRamp.setSampleRate(sampleRate);
+    ensureMaximumDelay(samplesToMs(target));
+    delayRamp.setTarget(target, static_cast<double>(interpolationTime));
+}
+
+void Delay::setBufferSize(std::uint32_t size)
+{
+    delayPerSample.resize(std::max<std::uint32_t>(size, 1));
+    readIndices.resize(delayPerSample.size());
+    setMaximumDelay(maximumDelay);
+}
+
+void Delay::clear()
+{
+    buffer.clear();
+    allpassState = 0.0f;
+}
+
+void Delay::setMaximumDelay(float ms)
+{
+    if (!(ms >= 0.0f))
+        return;
+    const float samples = (ms + 50.0f) * 0.001f * sampleRate;
+    if (!(samples < largestRing))
+        throw Exception("maximum delay of " + std::to_string(ms) + " ms is too long for a delay line",
+                        ONDO_SOURCE_LOCATION);
+    maximumDelay = ms;
+    ringSize = std::bit_ceil(static_cast<std::uint64_t>(samples) + 8193);
+    mask = ringSize - 1;
+    if (ringSize > allocatedSize)
+    {
+        buffer.reserve(2 * (ringSize + 2 * guard));
+        allocatedSize = ringSize;
+    }
+    buffer.resize(ringSize + 2 * guard);
+    writeIndex &= mask;
+    clear();
+}
+
+void Delay::retarget(Ramp& delayInSamples, float samples, bool immediate, float glideMs)
+{
+    if (!(samples > 0.0f))
+        samples = 0.0f;
+    if (immediate)
+        delayInSamples.setTarget(samples, true);
+    else
+        delayInSamples.setTarget(samples, static_cast<double>(glideMs));
+}
+
+void Delay::setDelay(float ms, bool immediate)
+{
+    setDelayInSamples(ms * 0.001f * sampleRate, immediate);
+}
+
+void Delay::setDelayInSamples(float samples, bool immediate)
+{
+    ensureMaximumDelay(samplesToMs(samples));
+    retarget(delayRamp, samples, immediate, interpolationTime);
+}
+
+void Delay::setInterpolationTime(float ms)
+{
+    if (ms > 0.0f)
+        interpolationTime = ms;
+}
+
+void Delay::economise(RelaxedAtomic<InterpolationMode>& modeInUse, const Ramp& ramp)
+{
+    if (!roundsToWholeSamples(modeInUse) && ramp.isRunning())
+        return;
+    modeInUse = nearest;
+}
+
+void Delay::write(const float* input, std::uint32_t n)
+{
+    // Split at the end of the ring: each part is one contiguous copy.
+    const std::uint64_t first = std::min<std::uint64_t>(n, ringSize - writeIndex);
+    float* ring = buffer.data() + guard;
+    std::memcpy(ring + writeIndex, input, first * sizeof(float));
+    std::memcpy(ring, input + first, (n - first) * sizeof(float));
+}
+
+void Delay::refreshGuards()
+{
+    float* ring = buffer.data() + guard;
+    ring[-1] = ring[ringSize - 1];
+    ring[ringSize] = ring[0];
+    ring[ringSize + 1] = ring[1];
+}
+
+void Delay::read(float* output, std::uint32_t n, Ramp& delayInSamples, InterpolationMode mode, float& state)
+{
+    if (delayInSamples.isRunning())
+        readGliding(output, n, delayInSamples, mode, state);
+    else
+        readFixed(output, n, delayInSamples.getValue(0), mode, state);
+}
+
+void Delay::readFixed(float* output, std::uint32_t n, float delay, InterpolationMode mode, float& state)
+{
+    // A fixed delay has one fraction: the weights are hoisted out of the loops, and the ring
+    // is read in contiguous runs up to its end.
+    const float position = static_cast<float>(writeIndex) + static_cast<float>(ringSize) - delay;
+    const auto whole = wholeSample<long long>(position, roundsToWholeSamples(mode));
+    const float f = position - static_cast<float>(whole);
+    const Weights w = weightsFor(mode, f);
+    const float allpassCoefficient = f / (1.0f - f + 1.0f);
+    std::uint64_t index = static_cast<std::uint64_t>(whole) & mask;
+    std::uint32_t done = 0;
+    while (done < n)
+    {
+        const auto run = static_cast<std::uint32_t>(std::min<std::uint64_t>(n - done, ringSize - index));
+        refreshGuards();
+        const float* x = buffer.data() + guard + index;
+        float* y = output + done;
+        switch (mode)
+        {
+        case nearest:
+        case nearestXfade:
+            std::memcpy(y, x, run * sizeof(float));
+            break;
+        case lagrange3:
+        case hermite3:
+        case watte3:
+        case parabolic:
+            for (std::uint32_t i = 0; i < run; ++i)
+            {
+                const float* xi = x + i;
+                y[i] = w.a * xi[-1] + w.b * xi[0] + w.c * xi[1] + w.d * xi[2];
+            }
+            break;
+        case bspline3:
+            for (std::uint32_t i = 0; i < run; ++i)
+                y[i] = bspline3Form(x + i, f);
+            break;
+        case allpass:
+            for (std::uint32_t i = 0; i < run; ++i)
+                y[i] = allpassStep(x + i, allpassCoefficient, state);
+            break;
+        case linear:
+        default:
+            for (std::uint32_t i = 0; i < run; ++i)
+                y[i] = linearForm(x + i, f);
+            break;
+        }
+        done += run;
+        index = 0;
+    }
+}
+
+void Delay::readGliding(float* output, std::uint32_t n, Ramp& delayInSamples, InterpolationMode mode, float& state)
+{
+    refreshGuards();
+    const float* ring = buffer.data() + guard;
+    const auto chunk = static_cast<std::uint32_t>(delayPerSample.size());
+    std::uint32_t k = 0;
+    for (std::uint32_t start = 0; start < n; start += k)
+    {
+        k = std::min(chunk, n - start);
+        delayInSamples.fill(delayPerSample.data(), k);
+        locate(delayPerSample.data(), readIndices.data(), k, static_cast<std::int32_t>(writeIndex + start),
+               static_cast<std::int32_t>(mask));
+        const auto each = [&](auto form) {
+            readEachSample(ring, readIndices.data(), delayPerSample.data(), output + start, k, form);
+        };
+        switch (mode)
+        {
+        case nearest:
+        case nearestXfade:
+            readNearestEach(ring, readIndices.data(), delayPerSample.data(), output + start, k);
+            break;
+        case lagrange3:
+            each(lagrange3Form);
+            break;
+        case hermite3:
+            each(hermite3Form);
+            break;
+        case watte3:
+            each(watte3Form);
+            break;
+        case parabolic:
+            each(parabolicForm);
+            break;
+        case bspline3:
+            each(bspline3Form);
+            break;
+        case allpass:
+            each([&state](const float* x, float f) {
+                const float g = 1.0f - f;
+                return allpassStep(x, (1.0f - g) / (g + 1.0f), state);
+            });
+            break;
+        case linear:
+        default:
+            each(linearForm);
+            break;
+        }
+    }
+}
+} // namespace ondo

@@ -1,0 +1,134 @@
+#pragma once
+
+#include "common/TarvoDspRelaxedAtomic.h"
+#include "containers/TarvoDspVector.h"
+#include "dsp/TarvoDspAudioProcessorWithOscInAudioInterrupt.h"
+#include "dsp/TarvoDspRamp.h"
+
+#include <cstdint>
+#include <string>
+
+namespace ondo
+{
+/// A circular delay line of a power-of-two length, read by one of nine interpolators at a
+/// delay that glides along a `Ramp` (in samples). One input, one output.
+///
+/// The line is also the shared storage of other readers (`TapOutEconomy`): `write`, `read`
+/// and `advance` are the three steps of `process`, open to owners that interleave them.
+class Delay : public AudioProcessorWithOscInAudioInterrupt
+{
+public:
+    enum InterpolationMode : std::uint32_t
+    {
+        nearest = 0,      ///< one sample
+        linear = 1,       ///< two samples
+        lagrange3 = 2,    ///< four samples, cubic through all four
+        allpass = 3,      ///< two samples and the previous output
+        nearestXfade = 4, ///< reads exactly as `nearest`
+        hermite3 = 5,     ///< four samples, Catmull-Rom
+        watte3 = 6,       ///< four samples, a parabola fitted to the outer pairs
+        bspline3 = 7,     ///< four samples, smoothing
+        parabolic = 8,    ///< four samples, smoothing
+    };
+
+    static constexpr float defaultInterpolationTimeMs = 30.0f;
+    /// The ring keeps at least this many samples beyond the longest delay, so a block of up
+    /// to this length is written whole before it is read. Longer blocks are cut.
+    static constexpr std::uint32_t maximumBlockSize = 8192;
+    /// Samples the constructor adds to the maximum asked for.
+    static constexpr float constructionHeadroomSamples = 8192.0f;
+
+    /// The mode of a name; a name that isn't known gives "linear".
+    static InterpolationMode interpolationModeFromName(const std::string& name);
+    /// The name of a mode; a value that isn't known gives "linear".
+    static std::string interpolationModeName(std::uint32_t mode);
+
+    /// A line holding at least `maximumDelayMs` plus 8192 samples, at 44100 Hz and blocks of
+    /// 512, standing at a delay of 0. Control thread; allocates.
+    explicit Delay(float maximumDelayMs = 200.0f, InterpolationMode mode = linear);
+
+    /// Writes the block, reads it back at the delay, advances. A delay of 0 passes the
+    /// block through. Audio thread; real-time safe.
+    void process(float** outputs, float** inputs, std::uint32_t numSamples) override;
+    /// Keeps the delay in samples; empties the line. Control thread, between blocks; allocates.
+    void setSampleRate(float rate) override;
+    /// Resizes the ramp scratch and empties the line. Control thread, between blocks; allocates.
+    void setBufferSize(std::uint32_t size) override;
+    /// Zeroes the line and the allpass state; the write position stays. Real-time safe.
+    void clear() override;
+
+    /// Resizes the ring for `ms` plus 50 ms and 8193 samples, and empties it; negative values
+    /// are ignored. Never shrinks storage. Before audio starts or between blocks; allocates.
+    void setMaximumDelay(float ms);
+    /// Glides to `ms` over the interpolation time, or jumps with `immediate`. Negative values
+    /// count as 0. A delay above the maximum enlarges (and empties) the line first, which
+    /// allocates; below the maximum this is a hand-over safe while the audio thread runs.
+    void setDelay(float ms, bool immediate = false);
+    /// `setDelay` in samples.
+    void setDelayInSamples(float samples, bool immediate = false);
+    /// Any thread.
+    void setInterpolationMode(InterpolationMode mode) { interpolationMode = mode; }
+    /// Glide time of later delay changes (ms); stored only when above 0. Any thread.
+    void setInterpolationTime(float ms);
+
+    /// The target delay in milliseconds.
+    float getDelay() const { return samplesToMs(delayRamp.getTargetValue()); }
+    float getDelayInSamples() const { return delayRamp.getTargetValue(); }
+    float getMaximumDelay() const { return maximumDelay; }
+    InterpolationMode getInterpolationMode() const { return interpolationMode; }
+    float getInterpolationTime() const { return interpolationTime; }
+    std::uint64_t getRingSize() const { return ringSize; }
+    std::uint64_t getAllocatedSize() const { return allocatedSize; }
+    std::uint64_t getWriteIndex() const { return writeIndex; }
+    const Ramp& getDelayRamp() const { return delayRamp; }
+
+    /// Writes `n` (at most `maximumBlockSize`) samples at the write position, without
+    /// advancing it. Audio thread; real-time safe.
+    void write(const float* input, std::uint32_t n);
+    /// Reads `n` (at most `maximumBlockSize`) samples ending just before the write position
+    /// plus `n`, at the delay held by `delayInSamples`, which advances when it glides.
+    /// Audio thread; real-time safe.
+    void read(float* output, std::uint32_t n, Ramp& delayInSamples, InterpolationMode mode, float& allpassState);
+    /// Moves the write position on by `n`. Audio thread; real-time safe.
+    void advance(std::uint32_t n) { writeIndex = (writeIndex + n) & mask; }
+
+    /// Enlarges (and empties) the line when `ms` lies beyond the maximum. Allocates then.
+    void ensureMaximumDelay(float ms)
+    {
+        if (ms > maximumDelay)
+            setMaximumDelay(ms);
+    }
+    /// Sets a reader's delay ramp to `samples` (negative counts as 0): at once, or over
+    /// `glideMs`. Any thread.
+    static void retarget(Ramp& delayInSamples, float samples, bool immediate, float glideMs);
+
+    /// The rule of the economical readers, at the head of a block: a line that isn't gliding,
+    /// or that reads without interpolation anyway, reads with "nearest". Audio thread.
+    static void economise(RelaxedAtomic<InterpolationMode>& modeInUse, const Ramp& ramp);
+
+private:
+    friend class DelayEconomy;
+
+    float samplesToMs(float samples) const { return samples * 1000.0f / sampleRate; }
+    void refreshGuards();
+    void readFixed(float* output, std::uint32_t n, float delay, InterpolationMode mode, float& allpassState);
+    void readGliding(float* output, std::uint32_t n, Ramp& delayInSamples, InterpolationMode mode,
+                     float& allpassState);
+
+    std::uint64_t ringSize = 0;
+    std::uint64_t allocatedSize = 0;
+    float maximumDelay = 0.0f;
+    std::uint64_t writeIndex = 0;
+    float allpassState = 0.0f;
+    RelaxedAtomic<InterpolationMode> interpolationMode;
+    RelaxedAtomic<float> interpolationTime = defaultInterpolationTimeMs;
+    /// The ring proper starts at element `guard`; the elements around it mirror the ring's
+    /// other end so that the four-point readers never test for the wrap.
+    Vector<float> buffer;
+    Ramp delayRamp;
+    std::uint64_t mask = 0;
+    Vector<float> delayPerSample;
+    /// Where each sample of a gliding block is read.
+    Vector<std::int32_t> readIndices;
+};
+} // namespace ondo

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "common/TarvoDspRelaxedAtomic.h"
+#include "dsp/TarvoDspAudioProcessorWithOscInAudioInterrupt.h"
+#include "dsp/TarvoDspDelay.h"
+
+namespace ondo
+{
+/// A `Delay` that reads with "nearest" whenever its delay isn't gliding, which costs one
+/// block copy, and with the requested interpolator during a glide. The requested
+/// interpolator comes back at each `setDelay`.
+class DelayEconomy : public AudioProcessorWithOscInAudioInterrupt
+{
+public:
+    /// Control thread; allocates.
+    explicit DelayEconomy(float maximumDelayMs = 200.0f, Delay::InterpolationMode mode = Delay::linear);
+
+    /// Applies the economy rule, then runs the line. Audio thread; real-time safe.
+    void process(float** outputs, float** inputs, std::uint32_t numSamples) override;
+    /// Control thread, between blocks; allocates.
+    void setSampleRate(float rate) override { delay.changeSampleRate(rate); }
+    void setBufferSize(std::uint32_t size) override { delay.changeBufferSize(size); }
+    /// Real-time safe.
+    void clear() override { delay.clear(); }
+
+    /// Resizes and empties the line; negative values are ignored. Between blocks; allocates.
+    void setMaximumDelay(float ms) { delay.setMaximumDelay(ms); }
+    /// Glides (or jumps) to `ms` and puts the requested interpolator back into use. A hand-over
+    /// safe while the audio thread runs, unless the delay enlarges the line.
+    void setDelay(float ms, bool immediate = false);
+    void setDelayInSamples(float samples, bool immediate = false);
+    /// Stored as requested and in use. Any thread.
+    void setInterpolationMode(Delay::InterpolationMode mode);
+    void setInterpolationTime(float ms) { delay.setInterpolationTime(ms); }
+    /// Switching economy off puts the requested interpolator back into use. Any thread.
+    void setEconomy(bool enabled);
+
+    float getDelay() const { return delay.getDelay(); }
+    Delay::InterpolationMode getRequestedMode() const { return requestedMode; }
+    Delay::InterpolationMode getActiveMode() const { return delay.getInterpolationMode(); }
+    bool isEconomyEnabled() const { return economyEnabled; }
+    const Delay& getLine() const { return delay; }
+
+private:
+    RelaxedAtomic<Delay::InterpolationMode> requestedMode;
+    Delay delay;
+    RelaxedAtomic<bool> economyEnabled = true;
+};
+} // namespace ondo

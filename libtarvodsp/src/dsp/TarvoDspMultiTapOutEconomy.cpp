@@ -1,0 +1,107 @@
+#include "dsp/TarvoDspMultiTapOutEconomy.h"
+
+#include "dsp/TarvoDspDelayReaders.h"
+
+#include <algorithm>
+
+namespace ondo
+{
+MultiTapOutEconomy::MultiTapOutEconomy(std::uint32_t numTaps, float maximumDelayMs, Delay::InterpolationMode mode)
+    : AudioProcessorWithOscInAudioInterrupt(1, 0), delay(maximumDelayMs, mode)
+{
+    setNumTaps(numTaps);
+    setup(sampleRate, bufferSize, true);
+}
+
+MultiTapOutEconomy::~MultiTapOutEconomy()
+{
+    taps.deletePointees();
+}
+
+void MultiTapOutEconomy::process(float** outputs, float** inputs, std::uint32_t numSamples)
+{
+    for (std::uint32_t start = 0; start < numSamples; start += Delay::maximumBlockSize)
+    {
+        const std::uint32_t n = std::min(numSamples - start, Delay::maximumBlockSize);
+        delay.write(inputs[0] + start, n);
+        for (std::uint32_t t = 0; t < taps.size(); ++t)
+            if (isOutletConnected(t))
+                taps[t]->process(outputs[t] + start, n);
+        delay.advance(n);
+    }
+}
+
+void MultiTapOutEconomy::setSampleRate(float rate)
+{
+    sampleRate = clampSampleRate(rate);
+    delay.changeSampleRate(sampleRate);
+    for (TapOutEconomy* tap : taps)
+        tap->setSampleRate(sampleRate);
+}
+
+void MultiTapOutEconomy::clear()
+{
+    delay.clear();
+    delayreaders::forEach(taps, [](TapOutEconomy& t) { t.clear(); });
+}
+
+std::string MultiTapOutEconomy::getOutletName(std::int32_t index) const
+{
+    if (index < 0 || static_cast<std::size_t>(index) >= taps.size())
+        return "dumpout";
+    return "tap out #" + std::to_string(index + 1);
+}
+
+void MultiTapOutEconomy::setNumTaps(std::uint32_t n)
+{
+    const auto old = static_cast<std::uint32_t>(taps.size());
+    if (n < old)
+        taps.deletePointees(n);
+    taps.resize(n);
+    // New taps read like tap 0; the first tap of all reads like the line.
+    const Delay::InterpolationMode mode = old > 0 ? taps[0]->getActiveMode() : delay.getInterpolationMode();
+    const float glideMs = old > 0 ? taps[0]->getInterpolationTime() : delay.getInterpolationTime();
+    for (std::uint32_t t = old; t < n; ++t)
+    {
+        auto* tap = new TapOutEconomy(&delay, mode);
+        tap->interpolationTime = glideMs;
+        tap->sampleRate = sampleRate;
+        tap->ramp.setSampleRate(sampleRate);
+        Delay::retarget(tap->ramp, tap->ramp.getTargetValue(), false, glideMs);
+        taps[t] = tap;
+    }
+    setNumberOfOutputs(n);
+}
+
+void MultiTapOutEconomy::setDelay(std::uint32_t tap, float ms, bool immediate)
+{
+    delayreaders::atIndex(taps, tap, [&](TapOutEconomy& t) { t.setDelay(ms, immediate); });
+}
+
+void MultiTapOutEconomy::setDelayInSamples(std::uint32_t tap, float samples, bool immediate)
+{
+    delayreaders::atIndex(taps, tap, [&](TapOutEconomy& t) { t.setDelayInSamples(samples, immediate); });
+}
+
+void MultiTapOutEconomy::setInterpolationMode(Delay::InterpolationMode mode)
+{
+    delay.setInterpolationMode(mode);
+    delayreaders::forEach(taps, [mode](TapOutEconomy& t) { t.setInterpolationMode(mode); });
+}
+
+void MultiTapOutEconomy::setInterpolationTime(float ms)
+{
+    delay.setInterpolationTime(ms);
+    delayreaders::forEach(taps, [ms](TapOutEconomy& t) { t.setInterpolationTime(ms); });
+}
+
+void MultiTapOutEconomy::setEconomy(bool enabled)
+{
+    delayreaders::forEach(taps, [enabled](TapOutEconomy& t) { t.setEconomy(enabled); });
+}
+
+Vector<float> MultiTapOutEconomy::getDelays() const
+{
+    return delayreaders::targetDelays(taps);
+}
+} // namespace ondo

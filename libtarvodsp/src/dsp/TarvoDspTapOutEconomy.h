@@ -1,0 +1,67 @@
+#pragma once
+
+#include "common/TarvoDspRelaxedAtomic.h"
+#include "dsp/TarvoDspDelay.h"
+#include "dsp/TarvoDspRamp.h"
+
+#include <cstdint>
+
+namespace ondo
+{
+/// One reader of a shared `Delay`, with a delay, an interpolator and an allpass state of
+/// its own. It keeps its delay in time (ms) across a change of sample rate, where a `Delay`
+/// keeps its own in samples.
+///
+/// While the line isn't gliding the tap reads with "nearest" (economy); the next
+/// `setDelay` brings the requested interpolator back.
+class TapOutEconomy
+{
+public:
+    /// Reads `line`, which it doesn't own, with `mode`. Control thread.
+    explicit TapOutEconomy(Delay* line, Delay::InterpolationMode mode = Delay::linear);
+
+    /// Applies the economy rule, then reads `n` samples ending at the line's write position
+    /// plus `n`; the line's write position doesn't move. Audio thread; real-time safe.
+    void process(float* output, std::uint32_t n);
+
+    /// Glides to `ms` over the interpolation time, or jumps with `immediate`, and puts the
+    /// requested interpolator back into use. Negative values count as 0. A delay beyond the
+    /// line's maximum enlarges (and empties) the line, which allocates; otherwise a
+    /// hand-over safe while the audio thread runs.
+    void setDelay(float ms, bool immediate = false);
+    /// `setDelay` in samples.
+    void setDelayInSamples(float samples, bool immediate = false);
+    /// Stores `mode` as requested and in use. Any thread.
+    void setInterpolationMode(Delay::InterpolationMode mode);
+    /// Glide time of later delay changes (ms); stored only when above 0. Any thread.
+    void setInterpolationTime(float ms);
+    /// Switching economy off puts the requested interpolator back into use. Any thread.
+    void setEconomy(bool enabled);
+    /// Keeps the target delay in milliseconds at the new rate. Control thread, between blocks.
+    void setSampleRate(float rate);
+    /// Zeroes the allpass state. Real-time safe.
+    void clear() { allpassState = 0.0f; }
+
+    /// The target delay in milliseconds.
+    float getDelay() const { return ramp.getTargetValue() * 1000.0f / sampleRate; }
+    Delay::InterpolationMode getRequestedMode() const { return requestedMode; }
+    Delay::InterpolationMode getActiveMode() const { return activeMode; }
+    float getInterpolationTime() const { return interpolationTime; }
+    bool isEconomyEnabled() const { return economyEnabled; }
+    float getSampleRate() const { return sampleRate; }
+    const Ramp& getRamp() const { return ramp; }
+    Delay* getLine() const { return delay; }
+
+private:
+    friend class MultiTapOutEconomy;
+
+    RelaxedAtomic<Delay::InterpolationMode> requestedMode;
+    Delay* delay;
+    float sampleRate = AudioProcessorBase::defaultSampleRate;
+    RelaxedAtomic<Delay::InterpolationMode> activeMode;
+    RelaxedAtomic<float> interpolationTime = Delay::defaultInterpolationTimeMs;
+    Ramp ramp;
+    float allpassState = 0.0f;
+    RelaxedAtomic<bool> economyEnabled = true;
+};
+} // namespace ondo

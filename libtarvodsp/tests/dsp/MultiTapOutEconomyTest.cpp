@@ -1,0 +1,166 @@
+#include "dsp/TarvoDspMultiTapOutEconomy.h"
+
+#include "AllocationCounter.h"
+#include "TestSignals.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <vector>
+
+namespace
+{
+using tarvo::testing::ChannelBlock;
+
+/// Runs `input` through the taps in blocks cycling through `blocks`.
+ChannelBlock run(ondo::MultiTapOutEconomy& taps, const std::vector<float>& input, std::vector<std::uint32_t> blocks = {64})
+{
+    ChannelBlock out(taps.getNumTaps(), static_cast<std::uint32_t>(input.size()));
+    std::size_t start = 0;
+    for (std::size_t b = 0; start < input.size(); ++b)
+    {
+        const auto n = static_cast<std::uint32_t>(std::min<std::size_t>(blocks[b % blocks.size()], input.size() - start));
+        float* in = const_cast<float*>(input.data()) + start;
+        taps.process(out.get(start), &in, n);
+        start += n;
+    }
+    return out;
+}
+
+std::vector<float> noise(std::size_t n)
+{
+    return tarvo::testing::seededNoise(n, 3);
+}
+
+TEST(MultiTapOutEconomy, EachTapReadsTheOneLineAtItsOwnDelay)
+{
+    ondo::MultiTapOutEconomy taps(4, 110.0f, ondo::Delay::nearest);
+    const std::vector<float> delaysMs{22.22f, 25.297f, 1.0f, 0.0f};
+    for (std::uint32_t t = 0; t < 4; ++t)
+        taps.setDelay(t, delaysMs[t], true);
+    std::vector<float> input(2048, 0.0f);
+    input[0] = 1.0f;
+    const auto out = run(taps, input);
+    // Whole samples nearest to ms x 44.1: 980, 1116, 44 and 0.
+    const std::vector<std::size_t> expected{980, 1116, 44, 0};
+    for (std::uint32_t t = 0; t < 4; ++t)
+    {
+        const auto& o = out.data[t];
+        EXPECT_EQ(static_cast<std::size_t>(std::max_element(o.begin(), o.end()) - o.begin()), expected[t]) << t;
+        EXPECT_EQ(std::count(o.begin(), o.end(), 0.0f), 2047) << "a single sample, untouched";
+    }
+    EXPECT_EQ(taps.getDelays()[1], 25.297f);
+}
+
+TEST(MultiTapOutEconomy, UnconnectedTapIsSkippedAndItsGlideWaits)
+{
+    ondo::MultiTapOutEconomy taps(2);
+    const std::int16_t counts[] = {1, 1, 0};
+    taps.setConnections(counts);
+    taps.setDelay(0, 10.0f);
+    taps.setDelay(1, 10.0f);
+    const auto remaining = taps.getTap(1).getRamp().getRemainingSamples();
+    ChannelBlock out(2, 64, 7.0f);
+    std::vector<float> input(64, 1.0f);
+    float* in = input.data();
+    taps.process(out.get(), &in, 64);
+    EXPECT_EQ(out.data[1], std::vector<float>(64, 7.0f)) << "the output isn't touched";
+    EXPECT_EQ(taps.getTap(1).getRamp().getRemainingSamples(), remaining);
+    EXPECT_EQ(taps.getTap(0).getRamp().getRemainingSamples(), remaining - 64);
+}
+
+TEST(MultiTapOutEconomy, OutletsAreNamedAfterTheirTaps)
+{
+    ondo::MultiTapOutEconomy taps(3);
+    EXPECT_EQ(taps.getNumOutputs(), 3u);
+    EXPECT_EQ(taps.getNumInputs(), 1u);
+    EXPECT_EQ(taps.getOutletName(0), "tap out #1");
+    EXPECT_EQ(taps.getOutletName(2), "tap out #3");
+    EXPECT_EQ(taps.getOutletName(3), "dumpout");
+    EXPECT_EQ(taps.getOutletName(-1), "dumpout");
+}
+
+TEST(MultiTapOutEconomy, NewTapsReadLikeTapZero)
+{
+    ondo::MultiTapOutEconomy taps(1);
+    taps.getTap(0).setInterpolationMode(ondo::Delay::allpass);
+    taps.getTap(0).setInterpolationTime(12.0f);
+    taps.setNumTaps(3);
+    EXPECT_EQ(taps.getNumOutputs(), 3u);
+    for (std::uint32_t t = 1; t < 3; ++t)
+    {
+        EXPECT_EQ(taps.getTap(t).getActiveMode(), ondo::Delay::allpass);
+        EXPECT_EQ(taps.getTap(t).getRequestedMode(), ondo::Delay::allpass);
+        EXPECT_EQ(taps.getTap(t).getInterpolationTime(), 12.0f);
+        EXPECT_EQ(taps.getTap(t).getDelay(), 0.0f);
+    }
+    taps.setNumTaps(1);
+    EXPECT_EQ(taps.getNumOutputs(), 1u);
+    EXPECT_EQ(taps.getNumTaps(), 1u);
+}
+
+TEST(MultiTapOutEconomy, SampleRateChangeKeepsATapsDelayInTime)
+{
+    ondo::MultiTapOutEconomy taps(2);
+    taps.setDelay(0, 10.0f, true);
+    taps.changeSampleRate(96000.0f);
+    EXPECT_FLOAT_EQ(taps.getTap(0).getDelay(), 10.0f);
+    EXPECT_FLOAT_EQ(taps.getTap(0).getRamp().getTargetValue(), 960.0f);
+    EXPECT_EQ(taps.getTap(1).getSampleRate(), 96000.0f);
+}
+
+TEST(MultiTapOutEconomy, TapBeyondTheMaximumEnlargesTheLine)
+{
+    ondo::MultiTapOutEconomy taps(2, 10.0f);
+    taps.setDelay(1, 900.0f, true);
+    EXPECT_EQ(taps.getLine().getMaximumDelay(), 900.0f);
+    EXPECT_GE(taps.getLine().getRingSize(), static_cast<std::uint64_t>(0.95f * 44100.0f));
+}
+
+TEST(MultiTapOutEconomy, StandingTapsAreIndependentOfTheBlockSize)
+{
+    const auto input = noise(6000);
+    const auto build = [] {
+        auto taps = std::make_unique<ondo::MultiTapOutEconomy>(16, 110.0f, ondo::Delay::lagrange3);
+        taps->setEconomy(false);
+        for (std::uint32_t t = 0; t < 16; ++t)
+            taps->setDelayInSamples(t, 50.0f + 61.125f * static_cast<float>(t), true);
+        return taps;
+    };
+    auto a = build(), b = build(), c = build();
+    const auto whole = run(*a, input, {6000});
+    EXPECT_EQ(run(*b, input, {7, 64, 13, 511, 1}).data, whole.data);
+    EXPECT_EQ(run(*c, input, {1}).data, whole.data);
+}
+
+TEST(MultiTapOutEconomy, GlidingTapEndsExactlyOnItsTarget)
+{
+    const auto input = noise(4096);
+    ondo::MultiTapOutEconomy taps(1, 110.0f, ondo::Delay::hermite3);
+    taps.setEconomy(false);
+    taps.setInterpolationTime(10.0f);
+    taps.setDelayInSamples(0, 30.0f, true);
+    taps.setDelayInSamples(0, 400.0f);
+    const auto out = run(taps, input);
+    for (std::size_t t = 1200; t < input.size(); ++t)
+        ASSERT_EQ(out.data[0][t], input[t - 400]) << t;
+}
+
+TEST(MultiTapOutEconomy, ProcessAllocatesNothing)
+{
+    ondo::MultiTapOutEconomy taps(16, 110.0f, ondo::Delay::linear);
+    for (std::uint32_t t = 0; t < 16; ++t)
+        taps.setDelay(t, 20.0f + static_cast<float>(t), true);
+    const auto input = noise(512);
+    ChannelBlock out(16, 512);
+    float* in = const_cast<float*>(input.data());
+    taps.process(out.get(), &in, 512);
+    tarvo::testing::AllocationScope scope;
+    taps.process(out.get(), &in, 512);
+    for (std::uint32_t t = 0; t < 16; ++t)
+        taps.setDelay(t, 40.0f - static_cast<float>(t));
+    taps.process(out.get(), &in, 512);
+    taps.process(out.get(), &in, 200);
+    EXPECT_EQ(scope.count(), 0u);
+}
+} // namespace
