@@ -7,10 +7,12 @@
 namespace
 {
 std::atomic<std::size_t> allocations{0};
+thread_local std::size_t threadAllocations = 0;
 
 void* countedAllocate(std::size_t size, std::size_t alignment)
 {
     allocations.fetch_add(1, std::memory_order_relaxed);
+    ++threadAllocations;
     if (size == 0)
         size = 1;
     void* p = nullptr;
@@ -21,6 +23,11 @@ void* countedAllocate(std::size_t size, std::size_t alignment)
     return p;
 }
 } // namespace
+
+std::size_t tarvo::testing::threadAllocationCount()
+{
+    return threadAllocations;
+}
 
 std::size_t tarvo::testing::allocationCount()
 {

@@ -23,16 +23,26 @@ float AudioProcessorBase::clampSampleRate(float rate)
 
 std::string AudioProcessorBase::getInletName(std::int32_t index) const
 {
-    if (index < 0 || static_cast<std::uint32_t>(index) >= numInputs)
-        return {};
-    return "input #" + std::to_string(index + 1);
+    return numberedInletName("input #", index);
 }
 
 std::string AudioProcessorBase::getOutletName(std::int32_t index) const
 {
+    return numberedOutletName("output #", index);
+}
+
+std::string AudioProcessorBase::numberedInletName(const char* prefix, std::int32_t index) const
+{
+    if (index < 0 || static_cast<std::uint32_t>(index) >= numInputs)
+        return {};
+    return prefix + std::to_string(index + 1);
+}
+
+std::string AudioProcessorBase::numberedOutletName(const char* prefix, std::int32_t index) const
+{
     if (index < 0 || static_cast<std::uint32_t>(index) >= numOutputs)
         return "dumpout";
-    return "output #" + std::to_string(index + 1);
+    return prefix + std::to_string(index + 1);
 }
 
 void AudioProcessorBase::setup(float rate, std::uint32_t size, bool force)

@@ -98,6 +98,11 @@ public:
     static float clampSampleRate(float rate);
 
 protected:
+    /// "`prefix`N" with N the index plus one, for an inlet that exists; else empty.
+    std::string numberedInletName(const char* prefix, std::int32_t index) const;
+    /// "`prefix`N" for an outlet that exists; else "dumpout", the host's extra outlet.
+    std::string numberedOutletName(const char* prefix, std::int32_t index) const;
+
     std::uint32_t numInputs;
     std::uint32_t numOutputs;
     float sampleRate = defaultSampleRate;

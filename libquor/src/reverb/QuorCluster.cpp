@@ -1,0 +1,76 @@
+#include "reverb/QuorCluster.h"
+
+#include <algorithm>
+
+namespace Quor
+{
+namespace
+{
+constexpr float firstDelayMs = 20.0f;
+constexpr float delaySpanMs = 60.0f;
+
+} // namespace
+
+Cluster::Cluster(std::uint32_t numChannels)
+    : AudioProcessorWithOscInAudioInterrupt(numChannels, numChannels),
+      delays(std::make_unique<ondo::MultiDelayEconomy>(numChannels, maximumDelayMs)), shuffle(numChannels),
+      buffer(numChannels, defaultBufferSize)
+{
+    setup(sampleRate, bufferSize, true);
+    delays->setInterpolationMode(ondo::Delay::nearest);
+    delays->setInterpolationTime(glideTimeMs);
+    const float step = numChannels > 1 ? delaySpanMs / static_cast<float>(numChannels - 1) : 0.0f;
+    for (std::uint32_t i = 0; i < numChannels; ++i)
+        delays->setDelay(i, firstDelayMs + static_cast<float>(i) * step, true);
+    delays->setEconomy(false);
+}
+
+void Cluster::process(float** outputs, float** inputs, std::uint32_t numSamples)
+{
+    if (numSamples != buffer.getNumSamples())
+        buffer.setSize(numInputs, numSamples);
+    shuffle.process(buffer.getChannels(), inputs, numSamples);
+    delays->process(outputs, buffer.getChannels(), numSamples);
+}
+
+void Cluster::setSampleRate(float rate)
+{
+    delays->changeSampleRate(clampSampleRate(rate));
+}
+
+void Cluster::setBufferSize(std::uint32_t size)
+{
+    delays->changeBufferSize(size);
+    shuffle.changeBufferSize(size);
+    buffer.setSize(numInputs, size);
+}
+
+void Cluster::clear()
+{
+    delays->clear();
+    buffer.clear();
+    shuffle.clear();
+}
+
+std::string Cluster::getInletName(std::int32_t index) const
+{
+    return numberedInletName("in tap #", index);
+}
+
+std::string Cluster::getOutletName(std::int32_t index) const
+{
+    return numberedOutletName("out tap #", index);
+}
+
+void Cluster::setDelays(const ondo::Vector<float>& newDelays, bool immediate)
+{
+    const auto count = std::min<std::size_t>(newDelays.size(), numInputs);
+    for (std::size_t i = 0; i < count; ++i)
+        delays->setDelay(static_cast<std::uint32_t>(i), newDelays[i], immediate);
+}
+
+ondo::Vector<float> Cluster::getDelays() const
+{
+    return delays->getDelays();
+}
+} // namespace Quor

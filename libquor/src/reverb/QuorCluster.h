@@ -1,0 +1,47 @@
+#pragma once
+
+#include "containers/TarvoDspAudioBuffer.h"
+#include "containers/TarvoDspVector.h"
+#include "dsp/TarvoDspAudioProcessorWithOscInAudioInterrupt.h"
+#include "dsp/TarvoDspMultiDelayEconomy.h"
+#include "reverb/QuorShuffle.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace Quor
+{
+/// The diffuse cluster: the early channels are mixed so that each output holds every input,
+/// then each mixed channel is delayed by its own time. `numChannels` in and out.
+class Cluster : public ondo::AudioProcessorWithOscInAudioInterrupt
+{
+public:
+    static constexpr float maximumDelayMs = 300.0f;
+    /// The only stage that glides longer than the default: its delays are the longest.
+    static constexpr float glideTimeMs = 50.0f;
+
+    /// Delays spread evenly from 20 to 80 ms. Control thread; allocates.
+    explicit Cluster(std::uint32_t numChannels);
+
+    /// Audio thread; real-time safe once `buffer` has reached the block size.
+    void process(float** outputs, float** inputs, std::uint32_t numSamples) override;
+    void setSampleRate(float rate) override;
+    void setBufferSize(std::uint32_t size) override;
+    void clear() override;
+
+    std::string getInletName(std::int32_t index) const override;
+    std::string getOutletName(std::int32_t index) const override;
+
+    /// Channel i takes delays[i] ms, gliding over 50 ms unless `immediate`. Control thread;
+    /// real-time safe below the maximum delay.
+    void setDelays(const ondo::Vector<float>& delays, bool immediate);
+    /// The target delays in ms. Control thread; allocates.
+    ondo::Vector<float> getDelays() const;
+
+private:
+    std::unique_ptr<ondo::MultiDelayEconomy> delays;
+    Shuffle shuffle;
+    ondo::AudioBuffer<float> buffer;
+};
+} // namespace Quor

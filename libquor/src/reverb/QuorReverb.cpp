@@ -1,0 +1,309 @@
+#include "reverb/QuorReverb.h"
+
+#include "math/TarvoDspVectorPrimitives.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Quor
+{
+namespace
+{
+using namespace ondo::primitives;
+
+constexpr float lowestDecayTime = 0.1f;
+constexpr float lowestFrequency = 10.0f;
+constexpr float highestFrequency = 20000.0f;
+constexpr float decayRampTimeMs = 500.0f;
+// A rise of tr0 lasts this many ms per second of change, within these limits; a fall is quick.
+constexpr float riseMsPerSecond = 1000.0f;
+constexpr float shortestRiseMs = 500.0f;
+constexpr float longestRiseMs = 5000.0f;
+constexpr float fallMs = 50.0f;
+constexpr float smallestFollowedChange = 0.01f;
+constexpr float inputGainGlideMs = 50.0f;
+/// With the tail frozen the shelves are designed for this decay time: 0 dB within float.
+constexpr float frozenDecayTime = 100000000.0f;
+/// The longest delay whose loss the shelves are designed for, s.
+constexpr float longestDesignedDelay = 1.5000001f;
+constexpr float speedOfSoundMetresPerSecond = 343.2f;
+constexpr float lineMaximumMs = 300.0f;
+constexpr float lineGlideMs = 30.0f;
+
+float distributionFor(std::uint32_t numChannels)
+{
+    return numChannels <= 8 ? 0.5f : 0.3f;
+}
+} // namespace
+
+Reverb::Reverb(std::uint32_t numChannels)
+    : AudioProcessorWithOscInAudioInterrupt(numChannels, numChannels), numChannels(numChannels),
+      delays(numChannels), taps(numChannels), filters(numChannels), airFilters(numChannels),
+      delgen(numChannels, 20.0f, 40.0f, 0.5f), tapBuffer(numChannels, chunkSize), mixBuffer(numChannels, chunkSize),
+      shuffle(numChannels)
+{
+    filters.setCrossfadeTime(decayCrossfadeTimeMs);
+    for (auto& air : airFilters)
+        air = std::make_unique<AirAbsorption>(2);
+    inputGain.setSampleRate(sampleRate);
+    decayRamp.setSampleRate(sampleRate);
+    inputGain.setTarget(1.0f, true);
+    decayRamp.setRampTime(decayRampTimeMs);
+    decayRamp.setTarget(tr0, true);
+    for (std::uint32_t i = 0; i < numChannels; ++i)
+    {
+        delays[i] = std::make_unique<ondo::Delay>(lineMaximumMs, ondo::Delay::linear);
+        taps[i] = std::make_unique<ondo::TapOutEconomy>(delays[i].get(), ondo::Delay::linear);
+    }
+    setDelays(delgen.setMinSum(defaultShortestDelayMs, defaultDelaySumMs, distributionFor(numChannels)), true);
+    setup(sampleRate, bufferSize, true);
+    for (std::uint32_t i = 0; i < numChannels; ++i)
+    {
+        delays[i]->setInterpolationMode(ondo::Delay::nearest);
+        taps[i]->setInterpolationMode(ondo::Delay::nearest);
+        delays[i]->setInterpolationTime(lineGlideMs);
+        taps[i]->setInterpolationTime(lineGlideMs);
+    }
+    updateDecay(false);
+    for (auto& tap : taps)
+        tap->setEconomy(false);
+}
+
+std::uint32_t Reverb::getChunkLimit() const
+{
+    const auto limit = static_cast<std::uint32_t>(shortestDelay * 0.001f * sampleRate);
+    return std::clamp<std::uint32_t>(limit, 1, chunkSize);
+}
+
+void Reverb::process(float** outputs, float** inputs, std::uint32_t numSamples)
+{
+    if (decayRamp.isRunning())
+    {
+        decayRamp.advance(numSamples);
+        updateDecay(false);
+    }
+    const std::uint32_t limit = getChunkLimit();
+    for (std::uint32_t start = 0; start < numSamples;)
+    {
+        const std::uint32_t n = std::min(limit, numSamples - start);
+        inputsReference.refer(inputs, numChannels, n, start);
+        outputsReference.refer(outputs, numChannels, n, start);
+        runChunk(n);
+        start += n;
+    }
+}
+
+void Reverb::runChunk(std::uint32_t n)
+{
+    const float g = inputGain.getValue(0);
+    inputGain.advance(n);
+    // Output normalised by the input gain, so that the tail's level doesn't follow the decay.
+    // A gain of 0 can't be undone; the output is then left as it is.
+    const float f = (normalizeOutput && g != 0.0f) ? 1.0f / g : 1.0f;
+    const int count = static_cast<int>(n);
+    float** tap = tapBuffer.getChannels();
+    float** mix = mixBuffer.getChannels();
+    float** in = inputsReference.getChannels();
+    float** out = outputsReference.getChannels();
+
+    // The lines are independent until the mixer: each step runs over all lines before the
+    // next, so that the shelves of all lines run side by side. Every sample is as it would be
+    // line by line.
+    for (std::uint32_t i = 0; i < numChannels; ++i)
+    {
+        taps[i]->process(tap[i], n);
+        // The write lands after the advanced index, so a loop lasts its delay plus the chunk.
+        delays[i]->advance(n);
+    }
+    filters.process(tap, tap, n);
+    if (airEnabled)
+        for (std::uint32_t i = 0; i < numChannels; ++i)
+            airFilters[i]->filter(tap[i], tap[i], n);
+    for (std::uint32_t i = 0; i < numChannels; ++i)
+    {
+        // The output is taken from the filtered line before the input is added; the sum is
+        // then built in place, and the mixer writes the lines' next input out of place.
+        vectorMultiplyConstant32(tap[i], f, out[i], count);
+        if (g == 1.0f)
+            vectorAdd32InPlace(in[i], tap[i], count);
+        else if (g == -1.0f)
+            vectorSubtract32InPlace(in[i], tap[i], count);
+        else if (g != 0.0f)
+            vectorAddProductConstant32(in[i], g, tap[i], count);
+    }
+    shuffle.process(mix, tap, n);
+    for (std::uint32_t i = 0; i < numChannels; ++i)
+        delays[i]->write(mix[i], n);
+}
+
+void Reverb::setSampleRate(float rate)
+{
+    const float clamped = clampSampleRate(rate);
+    for (std::uint32_t i = 0; i < numChannels; ++i)
+    {
+        delays[i]->changeSampleRate(clamped);
+        taps[i]->setSampleRate(clamped);
+        filters.getChannel(i).changeSampleRate(clamped);
+        airFilters[i]->changeSampleRate(clamped);
+    }
+    inputGain.setSampleRate(clamped);
+    decayRamp.setSampleRate(clamped);
+    clear();
+    inputGain.setTarget(1.0f, 0.0);
+    decayRamp.setTarget(tr0, true);
+    shuffle.changeSampleRate(clamped);
+    updateDecay(false);
+}
+
+void Reverb::setBufferSize(std::uint32_t size)
+{
+    for (std::uint32_t i = 0; i < numChannels; ++i)
+    {
+        delays[i]->changeBufferSize(size);
+        filters.getChannel(i).changeBufferSize(size);
+        airFilters[i]->changeBufferSize(size);
+    }
+    tapBuffer.setSize(numChannels, chunkSize);
+    mixBuffer.setSize(numChannels, chunkSize);
+    // The mixer runs on chunks, never on more than a chunk.
+    shuffle.changeBufferSize(std::max(size, chunkSize));
+}
+
+void Reverb::clear()
+{
+    for (std::uint32_t i = 0; i < numChannels; ++i)
+    {
+        airFilters[i]->clear();
+        delays[i]->clear();
+        taps[i]->clear();
+        filters.getChannel(i).clear();
+    }
+    tapBuffer.clear();
+    mixBuffer.clear();
+    shuffle.clear();
+}
+
+void Reverb::setTr0(float seconds, bool immediate)
+{
+    tr0 = std::max(seconds, lowestDecayTime);
+    updateDecay(immediate);
+}
+
+void Reverb::setTrl(float ratio, bool immediate)
+{
+    trl = ratio;
+    updateDecay(immediate);
+}
+
+void Reverb::setTrm(float ratio, bool immediate)
+{
+    trm = ratio;
+    updateDecay(immediate);
+}
+
+void Reverb::setTrh(float ratio, bool immediate)
+{
+    trh = ratio;
+    updateDecay(immediate);
+}
+
+void Reverb::setFl(float hertz, bool immediate)
+{
+    fl = hertz;
+    updateDecay(immediate);
+}
+
+void Reverb::setFh(float hertz, bool immediate)
+{
+    fh = hertz;
+    updateDecay(immediate);
+}
+
+void Reverb::setInfinite(bool enabled)
+{
+    infinite = enabled;
+    updateDecay(false);
+}
+
+void Reverb::setAirCutoff(float hertz)
+{
+    const float cutoff = std::max(hertz, lowestFrequency);
+    for (auto& air : airFilters)
+        air->setCutoff(cutoff, false);
+}
+
+void Reverb::setDelayRange(float minimum, float sum, float distribution, bool immediate)
+{
+    minimum = std::max(minimum, getDelayFloor());
+    if (shortestDelay > minimum)
+        shortestDelay = minimum;
+    setDelays(delgen.setMinSum(minimum, sum, distribution), immediate);
+}
+
+void Reverb::setDelays(const ondo::Vector<float>& newDelays, bool immediate)
+{
+    const float floor = getDelayFloor();
+    const auto count = std::min<std::size_t>(newDelays.size(), numChannels);
+    for (std::size_t i = 0; i < count; ++i)
+    {
+        const float ms = std::clamp(newDelays[i], floor, maximumDelayMs);
+        if (shortestDelay > ms)
+            shortestDelay = ms;
+        delays[i]->ensureMaximumDelay(ms);
+        delays[i]->setDelay(ms, immediate);
+        taps[i]->setDelay(ms, immediate);
+    }
+    updateDecay(false);
+}
+
+ondo::Vector<float> Reverb::getDelays() const
+{
+    ondo::Vector<float> result(numChannels);
+    for (std::uint32_t i = 0; i < numChannels; ++i)
+        result[i] = taps[i]->getDelay();
+    return result;
+}
+
+void Reverb::updateDecay(bool immediate)
+{
+    const float decay = std::max<float>(tr0, lowestDecayTime);
+    const float low = std::max<float>(trl, lowestDecayTime);
+    const float middle = std::max<float>(trm, lowestDecayTime);
+    const float high = std::max<float>(trh, lowestDecayTime);
+    const float lowCrossover = std::clamp<float>(fl, lowestFrequency, highestFrequency);
+    const float highCrossover = std::clamp<float>(fh, lowestFrequency, highestFrequency);
+
+    const float delta = decay - decayRamp.getTargetValue();
+    if (immediate)
+        decayRamp.setTarget(decay, true);
+    else if (std::fabs(delta) >= smallestFollowedChange)
+    {
+        // A decay gets longer slowly and shorter at once.
+        const float ms = delta > 0.0f ? std::clamp(delta * riseMsPerSecond, shortestRiseMs, longestRiseMs) : fallMs;
+        decayRamp.setTarget(decay, static_cast<double>(ms));
+    }
+
+    const float T = decayRamp.getValue(0);
+    const float designedT = infinite ? frozenDecayTime : T;
+    // Each pass keeps on average c^(d in ms) of the power: 10^(-6 d / T), d in seconds.
+    const float c = std::pow(10.0f, -0.006f / T);
+    float sum = 0.0f;
+    for (std::uint32_t i = 0; i < numChannels; ++i)
+    {
+        const float d = std::clamp(taps[i]->getDelay() * 0.001f, 0.0f, longestDesignedDelay);
+        // A line of d seconds must lose 60 d / T dB at each pass.
+        const float base = d * -60.0f * (1.0f / designedT);
+        filters.getChannel(i).setParameters(0.0f, base * (1.0f / low), base * (1.0f / middle), base * (1.0f / high),
+                                            lowCrossover, highCrossover, immediate);
+        airFilters[i]->setDistance(d * speedOfSoundMetresPerSecond, false);
+        sum += std::pow(c, d * 1000.0f);
+    }
+    // The input gain that holds the inner level whatever the decay: sqrt((1 - m) / m) for a
+    // mean kept power m.
+    const float g = std::sqrt(static_cast<float>(numChannels) / sum - 1.0f);
+    if (immediate)
+        inputGain.setTarget(g, true);
+    else
+        inputGain.setTarget(g, static_cast<double>(inputGainGlideMs));
+}
+} // namespace Quor
