@@ -27,7 +27,6 @@ constexpr float frozenDecayTime = 100000000.0f;
 /// The longest delay whose loss the shelves are designed for, s.
 constexpr float longestDesignedDelay = 1.5000001f;
 constexpr float speedOfSoundMetresPerSecond = 343.2f;
-constexpr float lineMaximumMs = 300.0f;
 constexpr float lineGlideMs = 30.0f;
 
 float distributionFor(std::uint32_t numChannels)
@@ -52,7 +51,9 @@ Reverb::Reverb(std::uint32_t numChannels)
     decayRamp.setTarget(tr0, true);
     for (std::uint32_t i = 0; i < numChannels; ++i)
     {
-        delays[i] = std::make_unique<ondo::Delay>(lineMaximumMs, ondo::Delay::linear);
+        // Lines hold the longest delay allowed from the start: a line enlarged later would
+        // be reallocated under the audio thread's feet.
+        delays[i] = std::make_unique<ondo::Delay>(maximumDelayMs, ondo::Delay::linear);
         taps[i] = std::make_unique<ondo::TapOutEconomy>(delays[i].get(), ondo::Delay::linear);
     }
     setDelays(delgen.setMinSum(defaultShortestDelayMs, defaultDelaySumMs, distributionFor(numChannels)), true);

@@ -1,5 +1,7 @@
 #include "dsp/TarvoDspMultiDelayEconomy.h"
 
+#include "dsp/TarvoDspDelayReaders.h"
+
 namespace ondo
 {
 MultiDelayEconomy::MultiDelayEconomy(std::uint32_t numChannels, float maximumDelayMs)
@@ -11,45 +13,36 @@ MultiDelayEconomy::MultiDelayEconomy(std::uint32_t numChannels, float maximumDel
 
 void MultiDelayEconomy::setMaximumDelay(float ms)
 {
-    for (DelayEconomy* channel : channels)
-        channel->setMaximumDelay(ms);
+    delayreaders::forEach(channels, [ms](DelayEconomy& c) { c.setMaximumDelay(ms); });
 }
 
 void MultiDelayEconomy::setDelay(std::uint32_t channel, float ms, bool immediate)
 {
-    if (channel < channels.size())
-        channels[channel]->setDelay(ms, immediate);
+    delayreaders::atIndex(channels, channel, [&](DelayEconomy& c) { c.setDelay(ms, immediate); });
 }
 
 void MultiDelayEconomy::setDelayInSamples(std::uint32_t channel, float samples, bool immediate)
 {
-    if (channel < channels.size())
-        channels[channel]->setDelayInSamples(samples, immediate);
+    delayreaders::atIndex(channels, channel, [&](DelayEconomy& c) { c.setDelayInSamples(samples, immediate); });
 }
 
 void MultiDelayEconomy::setInterpolationMode(Delay::InterpolationMode mode)
 {
-    for (DelayEconomy* channel : channels)
-        channel->setInterpolationMode(mode);
+    delayreaders::forEach(channels, [mode](DelayEconomy& c) { c.setInterpolationMode(mode); });
 }
 
 void MultiDelayEconomy::setInterpolationTime(float ms)
 {
-    for (DelayEconomy* channel : channels)
-        channel->setInterpolationTime(ms);
+    delayreaders::forEach(channels, [ms](DelayEconomy& c) { c.setInterpolationTime(ms); });
 }
 
 void MultiDelayEconomy::setEconomy(bool enabled)
 {
-    for (DelayEconomy* channel : channels)
-        channel->setEconomy(enabled);
+    delayreaders::forEach(channels, [enabled](DelayEconomy& c) { c.setEconomy(enabled); });
 }
 
 Vector<float> MultiDelayEconomy::getDelays() const
 {
-    Vector<float> delays(channels.size());
-    for (std::size_t c = 0; c < channels.size(); ++c)
-        delays[c] = channels[c]->getDelay();
-    return delays;
+    return delayreaders::targetDelays(channels);
 }
 } // namespace ondo

@@ -1,5 +1,7 @@
 #include "dsp/TarvoDspMultiTapOutEconomy.h"
 
+#include "dsp/TarvoDspDelayReaders.h"
+
 #include <algorithm>
 
 namespace ondo
@@ -40,8 +42,7 @@ void MultiTapOutEconomy::setSampleRate(float rate)
 void MultiTapOutEconomy::clear()
 {
     delay.clear();
-    for (TapOutEconomy* tap : taps)
-        tap->clear();
+    delayreaders::forEach(taps, [](TapOutEconomy& t) { t.clear(); });
 }
 
 std::string MultiTapOutEconomy::getOutletName(std::int32_t index) const
@@ -74,41 +75,33 @@ void MultiTapOutEconomy::setNumTaps(std::uint32_t n)
 
 void MultiTapOutEconomy::setDelay(std::uint32_t tap, float ms, bool immediate)
 {
-    if (tap < taps.size())
-        taps[tap]->setDelay(ms, immediate);
+    delayreaders::atIndex(taps, tap, [&](TapOutEconomy& t) { t.setDelay(ms, immediate); });
 }
 
 void MultiTapOutEconomy::setDelayInSamples(std::uint32_t tap, float samples, bool immediate)
 {
-    if (tap < taps.size())
-        taps[tap]->setDelayInSamples(samples, immediate);
+    delayreaders::atIndex(taps, tap, [&](TapOutEconomy& t) { t.setDelayInSamples(samples, immediate); });
 }
 
 void MultiTapOutEconomy::setInterpolationMode(Delay::InterpolationMode mode)
 {
     delay.setInterpolationMode(mode);
-    for (TapOutEconomy* tap : taps)
-        tap->setInterpolationMode(mode);
+    delayreaders::forEach(taps, [mode](TapOutEconomy& t) { t.setInterpolationMode(mode); });
 }
 
 void MultiTapOutEconomy::setInterpolationTime(float ms)
 {
     delay.setInterpolationTime(ms);
-    for (TapOutEconomy* tap : taps)
-        tap->setInterpolationTime(ms);
+    delayreaders::forEach(taps, [ms](TapOutEconomy& t) { t.setInterpolationTime(ms); });
 }
 
 void MultiTapOutEconomy::setEconomy(bool enabled)
 {
-    for (TapOutEconomy* tap : taps)
-        tap->setEconomy(enabled);
+    delayreaders::forEach(taps, [enabled](TapOutEconomy& t) { t.setEconomy(enabled); });
 }
 
 Vector<float> MultiTapOutEconomy::getDelays() const
 {
-    Vector<float> delays(taps.size());
-    for (std::size_t t = 0; t < taps.size(); ++t)
-        delays[t] = taps[t]->getDelay();
-    return delays;
+    return delayreaders::targetDelays(taps);
 }
 } // namespace ondo
