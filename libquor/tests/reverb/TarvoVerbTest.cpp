@@ -1,0 +1,239 @@
+#include "reverb/QuorTarvoVerb.h"
+
+#include "AllocationCounter.h"
+#include "TestSignals.h"
+#include "math/TarvoDspDenormals.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace
+{
+using Quor::Pan;
+using Quor::TarvoVerb;
+using ondo::Point3;
+
+constexpr float rate = 44100.0f;
+
+/// The object's defaults applied as the host does at creation: the four section shelves
+/// (0 dB, crossovers 177 and 5657 Hz), the decay, the structure.
+void applyObjectDefaults(TarvoVerb& verb)
+{
+    const ondo::HLShelfParameters flat{0.0f, 0.0f, 0.0f, 0.0f, 177.0f, 5657.0f};
+    verb.setDirectFilter(flat);
+    verb.setRoomFilter(flat);
+    verb.setEarlyFilter(flat);
+    verb.setClusterFilter(flat);
+    verb.setReverbTimes({1.995f, 1.0f, 1.0f, 0.5f, 250.0f, 8000.0f}, 0.0f);
+    verb.setReverbDensity(0.86f);
+    verb.setAirEnabled(false);
+    verb.setEarlyMin(22.22f);
+    verb.setEarlyMax(39.71f);
+    verb.setClusterMin(42.47f);
+    verb.setClusterMax(105.64f);
+    verb.setReverbMin(95.37f);
+}
+
+std::unique_ptr<TarvoVerb> configured(std::uint32_t sources, std::uint32_t speakers, std::uint32_t internals)
+{
+    auto verb = std::make_unique<TarvoVerb>(internals);
+    verb->configure(rate, 64, sources, speakers);
+    return verb;
+}
+
+float azimuthDegrees(const Point3& p)
+{
+    // Navigational: 0 at the front (+y), positive to the right (+x).
+    return std::atan2(p.x, p.y) * 57.29578f;
+}
+
+TEST(TarvoVerb, ConfigurationLimits)
+{
+    EXPECT_TRUE(TarvoVerb::isConfigurationValid(6, 6, 8));
+    EXPECT_TRUE(TarvoVerb::isConfigurationValid(64, 64, 16));
+    EXPECT_TRUE(TarvoVerb::isConfigurationValid(1, 1, 2));
+    EXPECT_FALSE(TarvoVerb::isConfigurationValid(0, 6, 8));
+    EXPECT_FALSE(TarvoVerb::isConfigurationValid(65, 6, 8));
+    EXPECT_FALSE(TarvoVerb::isConfigurationValid(6, 0, 8));
+    EXPECT_FALSE(TarvoVerb::isConfigurationValid(6, 65, 8));
+    EXPECT_FALSE(TarvoVerb::isConfigurationValid(6, 6, 1));
+    EXPECT_FALSE(TarvoVerb::isConfigurationValid(6, 6, 17));
+}
+
+TEST(TarvoVerb, PanningTypeFollowsTheSpeakerCount)
+{
+    for (std::uint32_t speakers : {1u, 2u})
+    {
+        auto verb = configured(3, speakers, 8);
+        ASSERT_TRUE(verb->isConfigured());
+        EXPECT_EQ(verb->getDirectPanner()->getType(), Pan::Angular);
+        EXPECT_EQ(verb->getLatePanner()->getType(), Pan::Angular);
+    }
+    auto three = configured(3, 3, 8);
+    EXPECT_EQ(three->getDirectPanner()->getType(), Pan::Vbap2D);
+    EXPECT_EQ(three->getEarlyPanner()->getType(), Pan::Vbap2D);
+    EXPECT_EQ(three->getLatePanner()->getType(), Pan::Vbap2D);
+    EXPECT_EQ(three->getDirectPanner()->getSubType(), Pan::Direct);
+    EXPECT_EQ(three->getEarlyPanner()->getSubType(), Pan::Early);
+    EXPECT_EQ(three->getLatePanner()->getSubType(), Pan::Diffuse);
+    EXPECT_EQ(three->getEarlyPanner()->getNumInputs(), 2u);
+    EXPECT_EQ(three->getLatePanner()->getNumInputs(), 8u);
+}
+
+TEST(TarvoVerb, SecondConfigureChangesNoCount)
+{
+    auto verb = configured(4, 5, 8);
+    verb->configure(48000.0f, 128, 10, 12);
+    EXPECT_EQ(verb->getNumInputs(), 4u);
+    EXPECT_EQ(verb->getNumOutputs(), 5u);
+    EXPECT_EQ(verb->getSampleRate(), 48000.0f);
+    EXPECT_EQ(verb->getBufferSize(), 128u);
+    EXPECT_EQ(verb->getInletName(0), "source #1");
+    EXPECT_EQ(verb->getInletName(4), "");
+    EXPECT_EQ(verb->getOutletName(4), "speaker #5");
+    EXPECT_EQ(verb->getOutletName(5), "dumpout");
+}
+
+TEST(TarvoVerb, DistanceGainsFallWithTheSquareAndWithTheDistance)
+{
+    auto verb = configured(2, 6, 8);
+    verb->setSourcePosition(0, Point3(0.0f, 0.0f, 0.0f));
+    // Nearer than 0.3 m counts as 0.3 m: 1 / 0.09 and 1 / 0.3.
+    EXPECT_NEAR(verb->getSourceDirectGain(0).getTargetValue(), 11.111f, 1e-3f);
+    EXPECT_NEAR(verb->getSourceRoomGain(0).getTargetValue(), 3.3333f, 1e-4f);
+    verb->setSourcePosition(1, Point3(0.0f, 200.0f, 0.0f));
+    EXPECT_NEAR(verb->getSourceDirectGain(1).getTargetValue(), 0.0001f, 1e-9f);
+    EXPECT_NEAR(verb->getSourceRoomGain(1).getTargetValue(), 0.01f, 1e-7f);
+    verb->setSourcePosition(1, Point3(3.0f, 4.0f, 0.0f));
+    EXPECT_NEAR(verb->getSourceDirectGain(1).getTargetValue(), 1.0f / 25.0f, 1e-7f);
+    EXPECT_NEAR(verb->getSourceRoomGain(1).getTargetValue(), 0.2f, 1e-7f);
+    EXPECT_EQ(verb->getSourceRoomGain(1).getRemainingSamples(), static_cast<std::uint64_t>(0.03 * rate + 0.5));
+}
+
+TEST(TarvoVerb, EarlyVirtualSourcesStandEitherSideOfTheSource)
+{
+    auto verb = configured(1, 6, 8);
+    const Point3 source(1.0f, 2.0f, 0.5f);
+    verb->setSourcePosition(0, source);
+    const auto& virtualSources = verb->getEarlyPanner()->getSourcesPosition();
+    // Width 30: one at +15 and one at -15 degrees of the source's azimuth, same distance, same height.
+    const float a = azimuthDegrees(source);
+    const float first = azimuthDegrees(virtualSources[0]);
+    const float second = azimuthDegrees(virtualSources[1]);
+    EXPECT_NEAR(std::abs(first - a), 15.0f, 1e-3f);
+    EXPECT_NEAR(std::abs(second - a), 15.0f, 1e-3f);
+    EXPECT_NEAR(first + second, 2.0f * a, 1e-3f) << "on opposite sides";
+    for (const Point3& p : {virtualSources[0], virtualSources[1]})
+    {
+        EXPECT_NEAR(p.length(), source.length(), 1e-5f);
+        EXPECT_FLOAT_EQ(p.z, source.z);
+    }
+    verb->setEarlyWidth(0.0f);
+    EXPECT_EQ(verb->getEarlyPanner()->getSourcesPosition()[0].x, source.x);
+    EXPECT_EQ(verb->getEarlyPanner()->getSourcesPosition()[1].y, source.y);
+    EXPECT_EQ(verb->getDirectPanner()->getSourcesPosition()[0].x, source.x);
+}
+
+TEST(TarvoVerb, ConfigurePlacesSourcesAndSpeakersOnTheDefaultLayouts)
+{
+    auto verb = configured(4, 6, 8);
+    const auto sources = ondo::Point3Array::defaultLayout(4);
+    const auto speakers = ondo::Point3Array::defaultLayout(6);
+    for (std::uint32_t i = 0; i < 4; ++i)
+        EXPECT_EQ(verb->getSourcePositions()[i].x, sources[i].x);
+    for (std::uint32_t k = 0; k < 6; ++k)
+        EXPECT_EQ(verb->getSpeakerPositions()[k].y, speakers[k].y);
+}
+
+TEST(TarvoVerb, StructureUpdatesSwapAndClampAsTheRoomAllows)
+{
+    auto verb = configured(1, 2, 8);
+    // earlyMin above earlyMax: the end is raised to the start and the generator widens the
+    // span to its narrowest, 3.2879817 ms.
+    verb->setEarlyMin(60.0f);
+    verb->setEarlyMax(40.0f);
+    EXPECT_NEAR(verb->getEarly().getDelaySpread(), 3.2879817f, 1e-4f);
+    EXPECT_FLOAT_EQ(verb->getParameters().earlyMax, 40.0f) << "the record keeps what was asked";
+    // The cluster counts from the early stage: clusterMin equal to earlyMin gives 1 ms first.
+    verb->setEarlyMin(22.22f);
+    verb->setEarlyMax(39.71f);
+    verb->setClusterMin(22.22f);
+    const auto clusterDelays = verb->getCluster().getDelays();
+    EXPECT_NEAR(*std::min_element(clusterDelays.begin(), clusterDelays.end()), 1.0f, 1e-4f);
+    // A late onset before the cluster's start is 0, which the network raises to one chunk.
+    verb->setReverbMin(10.0f);
+    const auto lateDelays = verb->getReverb().getDelays();
+    EXPECT_NEAR(*std::min_element(lateDelays.begin(), lateDelays.end()), 64000.0f / rate, 1e-4f);
+}
+
+TEST(TarvoVerb, LateDelaysSumToTheModalDensity)
+{
+    for (std::uint32_t internals : {8u, 12u})
+    {
+        auto verb = configured(1, 2, internals);
+        verb->setReverbDensity(1.2f);
+        const auto delays = verb->getReverb().getDelays();
+        float sum = 0.0f;
+        for (float d : delays)
+            sum += d;
+        // The span is chosen so that a series centred on the distribution adds up to the
+        // density; the true series' centroid lies near it, so the sum lands within 3 %.
+        EXPECT_NEAR(sum, 1200.0f, 36.0f) << internals;
+    }
+}
+
+TEST(TarvoVerb, SectionGainsGlideOverOneHundredMilliseconds)
+{
+    auto verb = configured(1, 2, 8);
+    verb->setDirectFilter({-6.0f, 0.0f, 0.0f, 0.0f, 250.0f, 4000.0f});
+    verb->setReverbGain(6.0f);
+    EXPECT_NEAR(TarvoVerb::dbToGain(-6.0f), 0.501187f, 1e-6f);
+    EXPECT_NEAR(TarvoVerb::dbToGain(20.0f), 10.0f, 1e-5f);
+    EXPECT_FLOAT_EQ(verb->getParameters().directFilterParams.G0, -6.0f);
+    EXPECT_FLOAT_EQ(verb->getParameters().reverbGainDb, 6.0f);
+}
+
+// A source straight ahead of a speaker, impulse in: with the late sections off, the direct
+// sound reaches that speaker first, at time 0, with the gain of its distance.
+TEST(TarvoVerb, DirectSoundArrivesAtOnceWithItsDistanceGain)
+{
+    ondo::primitives::setDenormalsAreZero(true);
+    auto verb = configured(1, 2, 8);
+    applyObjectDefaults(*verb);
+    verb->setEarlyFilter({-200.0f, 0.0f, 0.0f, 0.0f, 177.0f, 5657.0f});
+    verb->setClusterFilter({-200.0f, 0.0f, 0.0f, 0.0f, 177.0f, 5657.0f});
+    verb->setReverbGain(-200.0f);
+    const Point3 speaker = verb->getSpeakerPositions()[0];
+    verb->setSourcePosition(0, speaker * (2.0f / speaker.length()));
+    tarvo::testing::ChannelBlock in(1, 64), out(2, 64);
+    for (int b = 0; b < 200; ++b) // let the ramps settle
+        verb->process(out.pointers.data(), in.pointers.data(), 64);
+    verb->clear();
+    in.data[0][0] = 1.0f;
+    verb->process(out.pointers.data(), in.pointers.data(), 64);
+    ondo::primitives::setDenormalsAreZero(false);
+    // Gain: 1 / d^2 at 2 m, times sqrt(S) sqrt(1/N) with S 1 and N 8, on the speaker alone.
+    EXPECT_NEAR(out.data[0][0], 0.25f * std::sqrt(1.0f / 8.0f), 1e-5f);
+    EXPECT_NEAR(out.data[1][0], 0.0f, 1e-6f);
+    for (int k = 1; k < 64; ++k)
+        EXPECT_NEAR(out.data[0][k], 0.0f, 1e-6f) << k;
+}
+
+TEST(TarvoVerb, ProcessAllocatesNothingForAnyBlockSize)
+{
+    ondo::primitives::setDenormalsAreZero(true);
+    auto verb = configured(6, 6, 8);
+    applyObjectDefaults(*verb);
+    tarvo::testing::ChannelBlock in(6, 2048, 0.1f), out(6, 2048);
+    verb->process(out.pointers.data(), in.pointers.data(), 64);
+    tarvo::testing::AllocationScope scope;
+    for (std::uint32_t n : {64u, 1u, 37u, 64u, 2048u})
+        verb->process(out.pointers.data(), in.pointers.data(), n);
+    ondo::primitives::setDenormalsAreZero(false);
+    EXPECT_EQ(scope.count(), 0u);
+    for (const auto& channel : out.data)
+        for (float v : channel)
+            ASSERT_TRUE(std::isfinite(v));
+}
+} // namespace
