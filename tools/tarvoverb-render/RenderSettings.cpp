@@ -239,8 +239,11 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments)
             settings.*option->field =
                 clipped(name, parseInteger(name, reader.value(name)), option->minimum, option->maximum, result.notes);
         else if (const FloatOption* floatOption = findOption(floatOptions, name))
+        {
             settings.*floatOption->field = clipped<float>(name, static_cast<float>(parseNumber(name, reader.value(name))),
                                                           floatOption->minimum, floatOption->maximum, result.notes);
+            settings.sampleRateGiven |= floatOption->field == &RenderSettings::sampleRate;
+        }
         else if (const ShelfOption* shelf = findOption(shelfOptions, name))
             readShelf(*shelf, reader, result);
         else if (name == "duration")
@@ -310,7 +313,8 @@ std::string helpText()
          "default layout; format ade when omitted");
     line("--speakers \"[format] numbers\"", "places all speakers, e.g. \"ade -30 1 0 30 1 0\"", "default layout");
     text << "\nRun:\n";
-    line("--samplerate HZ", "sample rate", "default " + formatNumber(defaults.sampleRate) + ", 8000..384000");
+    line("--samplerate HZ", "sample rate",
+         "default " + formatNumber(defaults.sampleRate) + " or the --in file's, 8000..384000");
     line("--blocksize N", "samples per block", "default " + std::to_string(defaults.blockSize) + ", 1..4096");
     line("--duration S", "seconds to render",
          "default: the longest band decay plus 0.5 s, or the input plus that; " + formatNumber(minimumDuration) +

@@ -52,6 +52,8 @@ struct RenderSettings
     std::string speakersMessage;
 
     float sampleRate = 44100.0f;
+    /// False while the rate is the default: a recording given with --in then sets it.
+    bool sampleRateGiven = false;
     int blockSize = 64;
     /// Seconds; 0 chooses a length that holds the whole decay.
     double duration = 0.0;

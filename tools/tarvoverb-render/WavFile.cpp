@@ -135,11 +135,12 @@ void writeWavFloat(const std::string& path, const Audio& audio)
 {
     const auto numChannels = static_cast<std::uint16_t>(audio.channels.size());
     const std::size_t frames = audio.numFrames();
-    const bool extensible = numChannels > 2;
     if (static_cast<double>(frames) * numChannels * 4 > 4.0e9)
         throw AudioFileError("\"" + path + "\": more than 4 GB of audio does not fit a WAV file");
     const std::uint32_t dataBytes = static_cast<std::uint32_t>(frames * numChannels * 4);
-    const std::uint32_t fmtSize = extensible ? 40 : 18;
+    // Plain IEEE float at any channel count, as sox writes it: every reader takes it, and the
+    // extensible header adds nothing a float file needs.
+    const std::uint32_t fmtSize = 18;
 
     std::vector<std::uint8_t> out;
     out.reserve(64 + dataBytes);
@@ -148,22 +149,13 @@ void writeWavFloat(const std::string& path, const Audio& audio)
     putTag(out, "WAVE");
     putTag(out, "fmt ");
     putU32(out, fmtSize);
-    putU16(out, extensible ? formatExtensible : formatFloat);
+    putU16(out, formatFloat);
     putU16(out, numChannels);
     putU32(out, static_cast<std::uint32_t>(audio.sampleRate));
     putU32(out, static_cast<std::uint32_t>(audio.sampleRate) * numChannels * 4);
     putU16(out, static_cast<std::uint16_t>(numChannels * 4));
     putU16(out, 32);
-    putU16(out, extensible ? 22 : 0);
-    if (extensible)
-    {
-        putU16(out, 32); // valid bits
-        putU32(out, 0);  // no speaker positions implied
-        // KSDATAFORMAT_SUBTYPE_IEEE_FLOAT
-        const std::uint8_t guid[16] = {0x03, 0x00, 0x00, 0x00, 0x00, 0x00, 0x10, 0x00,
-                                       0x80, 0x00, 0x00, 0xAA, 0x00, 0x38, 0x9B, 0x71};
-        out.insert(out.end(), guid, guid + 16);
-    }
+    putU16(out, 0); // no extension
     putTag(out, "fact");
     putU32(out, 4);
     putU32(out, static_cast<std::uint32_t>(frames));

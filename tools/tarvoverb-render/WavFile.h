@@ -26,6 +26,6 @@ public:
 /// Reads a WAV file: 16-, 24- or 32-bit PCM, or 32- or 64-bit float, plain or extensible.
 Audio readAudioFile(const std::string& path);
 
-/// Writes 32-bit float WAV (extensible above two channels).
+/// Writes 32-bit float WAV, any channel count.
 void writeWavFloat(const std::string& path, const Audio& audio);
 } // namespace tarvo::render

@@ -1,62 +1,93 @@
-// Renders what the libraries can do today: an impulse on each input of the reverberator's
-// unitary mixer, and the energy that reaches each output. Becomes the room renderer when
-// the reverberator lands.
+// tarvoverb-render: the room reverberator offline. With no arguments it renders the impulse
+// response of the object's default room to tarvoverb-ir.wav and prints what it measured.
 
-#include "reverb/QuorShuffle.h"
+#include "RenderSettings.h"
+#include "Renderer.h"
+#include "ResponseSummary.h"
+#include "WavFile.h"
 #include "text/TarvoDspVersion.h"
 
 #include <cstdio>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
+namespace
+{
+using namespace tarvo::render;
+
+std::string describeInput(const RenderSettings& settings)
+{
+    if (!settings.inputPath.empty())
+        return "\"" + settings.inputPath + "\"";
+    if (settings.impulseSource == 0)
+        return "an impulse on every source";
+    return "an impulse on source " + std::to_string(settings.impulseSource);
+}
+
+void printNotes(const std::vector<std::string>& notes)
+{
+    for (const std::string& note : notes)
+        std::fprintf(stderr, "tarvoverb-render: note: %s\n", note.c_str());
+}
+} // namespace
+
 int main(int argc, char** argv)
 {
-    unsigned numChannels = 8;
-    if (argc > 1)
+    CommandLine line;
+    try
     {
-        char* end = nullptr;
-        const long value = std::strtol(argv[1], &end, 10);
-        if (end == argv[1] || *end != '\0' || value < 1 || value > 64)
-        {
-            std::fprintf(stderr, "tarvoverb-render: channel count must be a whole number from 1 to 64, not \"%s\"\n",
-                         argv[1]);
-            return 2;
-        }
-        numChannels = static_cast<unsigned>(value);
+        line = parseCommandLine(std::vector<std::string>(argv + 1, argv + argc));
+    }
+    catch (const UsageError& error)
+    {
+        std::fprintf(stderr, "tarvoverb-render: %s\n", error.what());
+        return 2;
+    }
+    if (line.helpRequested)
+    {
+        std::fputs(helpText().c_str(), stdout);
+        return 0;
+    }
+    printNotes(line.notes);
+    const RenderSettings& settings = line.settings;
+
+    std::vector<std::string> notes;
+    Rendering rendering;
+    try
+    {
+        rendering = renderRoom(settings, notes);
+        printNotes(notes);
+        writeWavFloat(settings.outputPath, rendering.output);
+    }
+    catch (const UsageError& error)
+    {
+        printNotes(notes);
+        std::fprintf(stderr, "tarvoverb-render: %s\n", error.what());
+        return 2;
+    }
+    catch (const AudioFileError& error)
+    {
+        std::fprintf(stderr, "tarvoverb-render: %s\n", error.what());
+        return 1;
+    }
+    catch (const std::exception& error)
+    {
+        std::fprintf(stderr, "tarvoverb-render: %s\n", error.what());
+        return 1;
     }
 
+    if (settings.quiet)
+        return 0;
+    const Audio& output = rendering.output;
+    const double seconds = double(output.numFrames()) / output.sampleRate;
     std::printf("%s\n", ondo::getLibraryVersionLine(true).c_str());
-    Quor::Shuffle shuffle(numChannels);
-    std::printf("unitary mixer: %u channels, mode \"%s\"\n", numChannels, shuffle.getModeName().c_str());
-
-    constexpr unsigned blockSize = 64;
-    std::vector<std::vector<float>> in(numChannels, std::vector<float>(blockSize));
-    std::vector<std::vector<float>> out(numChannels, std::vector<float>(blockSize));
-    std::vector<float*> inPointers, outPointers;
-    for (unsigned c = 0; c < numChannels; ++c)
-    {
-        inPointers.push_back(in[c].data());
-        outPointers.push_back(out[c].data());
-    }
-
-    double worstEnergyError = 0.0;
-    for (unsigned source = 0; source < numChannels; ++source)
-    {
-        for (unsigned c = 0; c < numChannels; ++c)
-            in[c].assign(blockSize, 0.0f);
-        in[source][0] = 1.0f;
-        shuffle.processBlock(outPointers.data(), inPointers.data(), blockSize);
-        double energy = 0.0;
-        std::printf("impulse on input %2u ->", source + 1);
-        for (unsigned c = 0; c < numChannels; ++c)
-        {
-            std::printf(" %+.4f", out[c][0]);
-            energy += static_cast<double>(out[c][0]) * out[c][0];
-        }
-        std::printf("   energy %.6f\n", energy);
-        worstEnergyError = std::max(worstEnergyError, std::abs(energy - 1.0));
-    }
-    std::printf("largest deviation from unit energy: %.3g\n", worstEnergyError);
+    std::printf("room: %d sources, %d speakers, %d internal channels at %g Hz; tr0 %g s (low %g, middle %g, "
+                "high %g), air %s\n",
+                settings.numSources, settings.numSpeakers, settings.numInternals, output.sampleRate, settings.tr0,
+                settings.trl, settings.trm, settings.trh, settings.air != 0 ? "on" : "off");
+    std::printf("rendered %s: %.3f s in %.3f s of processing (%.0f times real time)\n", describeInput(settings).c_str(),
+                seconds, rendering.cpuSeconds, rendering.cpuSeconds > 0.0 ? seconds / rendering.cpuSeconds : 0.0);
+    std::printf("wrote %s: %zu channels of 32-bit float\n\n", settings.outputPath.c_str(), output.channels.size());
+    std::fputs(formatSummary(summarizeResponse(output)).c_str(), stdout);
     return 0;
 }

@@ -151,8 +151,8 @@ TEST(WavFileWriting, FloatFileReadsBackBitExact)
     const Audio back = readAudioFile(path);
     EXPECT_EQ(back.sampleRate, 48000.0);
     EXPECT_EQ(back.channels, audio.channels);
-    // 12 bytes RIFF, 48 fmt (extensible), 12 fact, 8 data header, 4 frames of 3 floats.
-    EXPECT_EQ(std::filesystem::file_size(path), 12u + 48u + 12u + 8u + 48u);
+    // 12 bytes RIFF, 26 fmt, 12 fact, 8 data header, 4 frames of 3 floats.
+    EXPECT_EQ(std::filesystem::file_size(path), 12u + 26u + 12u + 8u + 48u);
     std::remove(path.c_str());
 }
 } // namespace
