@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
-# Installs what the build needs on Debian 12, when it is missing.
+# Installs what the build needs on Debian 12, when it is missing, and any further packages
+# named as arguments (the tests ask for faust, whose reverb is the benchmarks' peer).
 set -euo pipefail
 
-packages=(cmake ninja-build g++ googletest libgtest-dev libgmock-dev libbenchmark-dev)
+packages=(cmake ninja-build g++ googletest libgtest-dev libgmock-dev libbenchmark-dev "$@")
 missing=()
 for p in "${packages[@]}"; do
   dpkg -s "$p" >/dev/null 2>&1 || missing+=("$p")

@@ -5,7 +5,7 @@
 # in an optimised build.
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
-bash "$root/scripts/setup.sh"
+bash "$root/scripts/setup.sh" faust
 jobs="$(nproc)"
 
 echo "== thread sanitizer, concurrency tests"

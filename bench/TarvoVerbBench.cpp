@@ -1,0 +1,95 @@
+#include "BenchSupport.h"
+
+#include "math/TarvoDspDenormals.h"
+#include "reverb/QuorTarvoVerb.h"
+
+#include <vector>
+
+namespace
+{
+constexpr std::uint32_t blockSize = 64;
+constexpr double sampleRate = 44100.0;
+
+/// Seconds of audio per second of processing, and the cost of one output sample of one channel.
+void reportRealTime(benchmark::State& state, std::uint32_t outputs)
+{
+    tarvo::bench::reportNanosecondsPer(state, double(blockSize) * outputs, "ns/output-sample");
+    state.counters["x realtime"] =
+        benchmark::Counter(double(blockSize) / sampleRate, benchmark::Counter::kIsIterationInvariantRate);
+}
+
+/// The whole reverberator as the object runs it with its default attributes, every source
+/// fed a signal, at block 64 and 44.1 kHz.
+void BM_TarvoVerb(benchmark::State& state)
+{
+    const auto sources = static_cast<std::uint32_t>(state.range(0));
+    const auto speakers = static_cast<std::uint32_t>(state.range(1));
+    const auto internals = static_cast<std::uint32_t>(state.range(2));
+    ondo::primitives::setDenormalsAreZero(true);
+    Quor::TarvoVerb verb(internals);
+    verb.configure(static_cast<float>(sampleRate), blockSize, sources, speakers);
+    const ondo::HLShelfParameters flat{0.0f, 0.0f, 0.0f, 0.0f, 177.0f, 5657.0f};
+    verb.setDirectFilter(flat);
+    verb.setRoomFilter(flat);
+    verb.setEarlyFilter(flat);
+    verb.setClusterFilter(flat);
+    verb.setReverbTimes({1.995f, 1.0f, 1.0f, 0.5f, 250.0f, 8000.0f}, 0.0f);
+    verb.setAirEnabled(false);
+
+    std::vector<std::vector<float>> in(sources, std::vector<float>(blockSize));
+    std::vector<std::vector<float>> out(speakers, std::vector<float>(blockSize));
+    std::vector<float*> inputs, outputs;
+    for (std::uint32_t c = 0; c < sources; ++c)
+    {
+        for (std::uint32_t i = 0; i < blockSize; ++i)
+            in[c][i] = float((i * 7 + c * 13) % 17) / 17.0f - 0.5f;
+        inputs.push_back(in[c].data());
+    }
+    for (auto& channel : out)
+        outputs.push_back(channel.data());
+    for (int warm = 0; warm < 2000; ++warm)
+        verb.process(outputs.data(), inputs.data(), blockSize);
+    for (auto _ : state)
+    {
+        verb.process(outputs.data(), inputs.data(), blockSize);
+        benchmark::ClobberMemory();
+    }
+    reportRealTime(state, speakers);
+}
+BENCHMARK(BM_TarvoVerb)
+    ->ArgNames({"sources", "speakers", "internals"})
+    ->Args({6, 6, 8})
+    ->Args({16, 16, 16})
+    ->Args({64, 64, 16});
+} // namespace
+
+#ifdef TARVO_BENCH_ZITA
+// The peer: Faust's zita_rev1_stereo, an eight-line feedback delay network with two outputs,
+// compiled from Debian's faust at build time with the same flags as everything here.
+#include "ZitaRev1.h"
+
+namespace
+{
+void BM_ZitaRev1Stereo(benchmark::State& state)
+{
+    ondo::primitives::setDenormalsAreZero(true);
+    ZitaRev1 zita;
+    zita.init(static_cast<int>(sampleRate));
+    std::vector<std::vector<float>> in(2, std::vector<float>(blockSize)), out(2, std::vector<float>(blockSize));
+    for (std::uint32_t c = 0; c < 2; ++c)
+        for (std::uint32_t i = 0; i < blockSize; ++i)
+            in[c][i] = float((i * 7 + c * 13) % 17) / 17.0f - 0.5f;
+    float* inputs[2] = {in[0].data(), in[1].data()};
+    float* outputs[2] = {out[0].data(), out[1].data()};
+    for (int warm = 0; warm < 2000; ++warm)
+        zita.compute(blockSize, inputs, outputs);
+    for (auto _ : state)
+    {
+        zita.compute(blockSize, inputs, outputs);
+        benchmark::ClobberMemory();
+    }
+    reportRealTime(state, 2);
+}
+BENCHMARK(BM_ZitaRev1Stereo);
+} // namespace
+#endif
