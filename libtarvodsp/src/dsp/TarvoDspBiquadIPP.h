@@ -1,0 +1,47 @@
+#pragma once
+
+#include "containers/TarvoDspVector.h"
+#include "dsp/TarvoDspBiquadCoefficients.h"
+#include "dsp/TarvoDspBiquadSections.h"
+#include "dsp/TarvoDspFilter.h"
+
+#include <memory>
+
+namespace ondo
+{
+/// One second-order section, coefficients in double, filtering in single precision
+/// (transposed direct form II). A section without memory runs as a plain gain.
+class BiquadIPP : public Filter
+{
+public:
+    /// Control thread; allocates.
+    BiquadIPP();
+
+    /// Audio thread; real-time safe.
+    void filter(float* out, const float* in, int numSamples) override;
+    /// b0 b1 b2 a0 a1 a2. Audio thread or before audio; real-time safe.
+    void setCoefficients(const float* values) override;
+    /// Stores the section normalized and installs it with the present delay line, so that
+    /// a change between two blocks does not click. Real-time safe.
+    void setCoefficients(const BiquadCoefficients& newCoefficients);
+    void copyStateFrom(const Filter&) override { clear(); }
+    int getNumCoefficients() const override { return 6; }
+    void clear() override { state->clear(); }
+    /// Control thread; allocates.
+    void setBufferSize(std::uint32_t size) override { scratch.resize(size); }
+
+    const BiquadCoefficients& getCoefficients() const { return coefficients; }
+    bool isGainOnlySection() const { return isGainOnly; }
+    /// The taps in force, six floats (a0 = 1) and the delay line: for the side-by-side
+    /// kernel of several channels.
+    const float* getTaps() const { return taps.data(); }
+    BiquadSections& getState() { return *state; }
+
+private:
+    BiquadCoefficients coefficients;
+    std::unique_ptr<BiquadSections> state;
+    Vector<float> taps;
+    Vector<float> scratch;
+    bool isGainOnly = true;
+};
+} // namespace ondo

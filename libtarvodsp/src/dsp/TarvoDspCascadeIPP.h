@@ -1,0 +1,45 @@
+#pragma once
+
+#include "containers/TarvoDspVector.h"
+#include "dsp/TarvoDspBiquadCoefficients.h"
+#include "dsp/TarvoDspBiquadSections.h"
+#include "dsp/TarvoDspFilter.h"
+
+#include <memory>
+
+namespace ondo
+{
+/// A chain of second-order sections run sample by sample through the whole chain.
+/// Without sections it passes the signal through.
+class CascadeIPP : public Filter
+{
+public:
+    /// `numSections` unit sections. Control thread; allocates.
+    explicit CascadeIPP(int numSections = 1);
+
+    /// Audio thread; real-time safe.
+    void filter(float* out, const float* in, int numSamples) override;
+    /// Six values a section (b0 b1 b2 a0 a1 a2). Real-time safe.
+    void setCoefficients(const float* values) override;
+    /// Takes as many sections as this cascade has; the delay line stays. Real-time safe.
+    void setCoefficients(const CascadeCoefficients& newSections);
+    void copyStateFrom(const Filter&) override { clear(); }
+    int getNumCoefficients() const override { return 6 * getNumSections(); }
+    void clear() override { state->clear(); }
+    void setBufferSize(std::uint32_t size) override { scratch.resize(size); }
+
+    /// New memory for `n` sections, all installed from `sections`, then cleared.
+    /// Control thread; allocates.
+    void setNumSections(int n);
+    int getNumSections() const { return static_cast<int>(sections.size()); }
+    const CascadeCoefficients& getSections() const { return sections; }
+
+private:
+    void installAll();
+
+    CascadeCoefficients sections;
+    std::unique_ptr<BiquadSections> state;
+    Vector<float> taps;
+    Vector<float> scratch;
+};
+} // namespace ondo
