@@ -1,5 +1,6 @@
 #include "pan/QuorSubwoofersPanning.h"
 
+#include "dsp/TarvoDspBiquadCookbook.h"
 #include "math/TarvoDspVectorPrimitives.h"
 
 #include <algorithm>
@@ -11,12 +12,38 @@ SubwoofersPanning::SubwoofersPanning(std::uint32_t numSources, std::uint32_t num
     : Pan(numSources, numSpeakers), panner(numSources, std::max<std::uint32_t>(2, numSpeakers)),
       filtered(numSources, blockLength), outputsAtOffset(numSpeakers)
 {
+    for (std::uint32_t s = 0; s < numSources; ++s)
+    {
+        lowPass.push_back(std::make_unique<ondo::BiquadIPP>());
+        lowPass.back()->changeBufferSize(blockLength);
+    }
+    designLowPass();
+}
+
+void SubwoofersPanning::designLowPass()
+{
+    ondo::BiquadCookbook design(ondo::FilterShape::lowpass);
+    design.setSampleRate(getSampleRate());
+    design.setFrequency(crossoverHz);
+    design.setQ(crossoverQ);
+    design.setGain(0.0);
+    design.design();
+    for (auto& f : lowPass)
+        f->setCoefficients(design.getCoefficients());
+}
+
+void SubwoofersPanning::setSampleRate(float rate)
+{
+    panner.changeSampleRate(rate);
+    designLowPass();
 }
 
 void SubwoofersPanning::clear()
 {
     panner.clear();
     filtered.clear();
+    for (auto& f : lowPass)
+        f->clear();
 }
 
 void SubwoofersPanning::process(float** outputs, float** inputs, std::uint32_t numSamples)
@@ -33,9 +60,8 @@ void SubwoofersPanning::processAdd(float** outputs, float** inputs, std::uint32_
     for (std::uint32_t done = 0; done < numSamples; done += blockLength)
     {
         const std::uint32_t n = std::min(blockLength, numSamples - done);
-        // The low-pass stage comes here; until it is in, the sources pass as they are.
         for (std::uint32_t s = 0; s < numInputs; ++s)
-            ondo::primitives::vectorCopy32(inputs[s] + done, filtered[s], static_cast<int>(n));
+            lowPass[s]->filter(filtered[s], inputs[s] + done, static_cast<int>(n));
         if (numOutputs < 2)
         {
             for (std::uint32_t s = 0; s < numInputs; ++s)

@@ -26,7 +26,11 @@ TEST(PanConcurrency, SourcesMovedWhileTheAudioThreadMixes)
     Block in(sources, blockSize, 0.5f), out(speakers, blockSize);
 
     std::atomic<bool> running{true};
+    std::atomic<int> blocks{0};
     std::thread control([&] {
+        // Start once the audio thread is mixing, so that the two surely overlap.
+        while (blocks.load() == 0)
+            std::this_thread::yield();
         for (int step = 0; step < 3000; ++step)
             for (std::uint32_t s = 0; s < sources; ++s)
                 panner.setSourcePosition(s, Coordinates::fromNavigational(step * 1.7f + 45.0f * s, 0.0f, 1.0f),
@@ -38,6 +42,7 @@ TEST(PanConcurrency, SourcesMovedWhileTheAudioThreadMixes)
     while (running)
     {
         panner.process(out.get(), in.get(), blockSize);
+        blocks.fetch_add(1);
         for (const auto& channel : out.data)
             for (float v : channel)
             {
@@ -49,6 +54,7 @@ TEST(PanConcurrency, SourcesMovedWhileTheAudioThreadMixes)
     for (int b = 0; b < 10; ++b)
         panner.process(out.get(), in.get(), blockSize);
     EXPECT_TRUE(finite);
+    EXPECT_GT(blocks.load(), 1);
     // Each source has unit power on at most two speakers: never above sources * 0.5 * 1.
     EXPECT_LE(loudest, sources * 0.5f + 1e-4f);
 

@@ -14,8 +14,13 @@
 #include "pan/QuorVbip2DPanning.h"
 #include "pan/QuorVbipPanning.h"
 
+#include "AllocationCounter.h"
+#include "PanTestSupport.h"
+#include "SpeakerLayouts.h"
+
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <memory>
 
 namespace
@@ -102,6 +107,41 @@ TEST(PanFactory, DiffersFromTheConfigurationTestWhereItsTableDoes)
     // The diffuse request of any type is served whatever the count.
     EXPECT_TRUE(isA<Quor::DiffusePanning>(Pan::create(2, 1, Pan::Vbap3D, Pan::Diffuse)));
     EXPECT_FALSE(Pan::isConfigurationValid(Pan::Vbap3D, 1));
+}
+
+TEST(PanFactory, NoPannerAllocatesWhileProcessing)
+{
+    struct Request
+    {
+        Pan::Type type;
+        Pan::SubType subType;
+        std::uint32_t speakers;
+    };
+    const Request requests[] = {
+        {Pan::StereoXY, Pan::Direct, 2},  {Pan::StereoMS, Pan::Direct, 2}, {Pan::StereoAB, Pan::Direct, 2},
+        {Pan::StereoPan, Pan::Direct, 2}, {Pan::Surround, Pan::Direct, 4}, {Pan::Recursive, Pan::Direct, 12},
+        {Pan::Angular, Pan::Direct, 5},   {Pan::Vbap2D, Pan::Direct, 6},   {Pan::Vbip2D, Pan::Direct, 6},
+        {Pan::Vbap3D, Pan::Direct, 6},    {Pan::Vbip3D, Pan::Direct, 6},   {Pan::Subwoofers, Pan::Direct, 3},
+        {Pan::Vbap2D, Pan::Diffuse, 6},   {Pan::Hoa3D, Pan::Direct, 5},
+    };
+    for (const Request& r : requests)
+    {
+        const auto p = Pan::create(3, r.speakers, r.type, r.subType);
+        if (r.type == Pan::Vbap3D || r.type == Pan::Vbip3D)
+            p->setSpeakers(tarvo::testing::octahedron());
+        Quor::testing::Block in(3, 700, 0.25f), out(r.speakers, 700);
+        tarvo::testing::AllocationScope scope;
+        for (int b = 0; b < 4; ++b)
+        {
+            p->setSourcePosition(b % 3, {0.5f * b, 1.0f, 0.1f}, false);
+            p->process(out.get(), in.get(), b == 3 ? 700 : 64);
+            p->processAdd(out.get(), in.get(), 64);
+        }
+        EXPECT_EQ(scope.count(), 0u) << Pan::typeToString(r.type);
+        for (const auto& channel : out.data)
+            for (float v : channel)
+                ASSERT_TRUE(std::isfinite(v)) << Pan::typeToString(r.type);
+    }
 }
 
 TEST(PanFactory, OrderTestsRunInSinglePrecision)
