@@ -15,31 +15,53 @@ namespace
 constexpr std::uint32_t scratchSize = 512;
 } // namespace
 
+StereoABPanning::Voice::Voice()
+    : delays{ondo::Delay(maximumDelayMs, ondo::Delay::allpass), ondo::Delay(maximumDelayMs, ondo::Delay::allpass)}
+{
+}
+
 StereoABPanning::StereoABPanning(std::uint32_t numSources, std::uint32_t numSpeakers)
-    : Pan(numSources, numSpeakers), scratch(scratchSize)
+    : Pan(numSources, numSpeakers), delayed(scratchSize), scaled(scratchSize)
 {
     for (std::uint32_t s = 0; s < numSources; ++s)
-    {
         voices.push_back(std::make_unique<Voice>());
-        for (ondo::RampSignal& g : voices.back()->gains)
-            g.setRampTime(interpolationTime);
-    }
+    setInterpolationTime(defaultInterpolationTimeMs);
     recomputeAllSources();
 }
 
 void StereoABPanning::setSampleRate(float rate)
 {
     for (auto& v : voices)
-        for (ondo::RampSignal& g : v->gains)
-            g.changeSampleRate(rate);
+        for (int side = 0; side < 2; ++side)
+        {
+            v->delays[side].changeSampleRate(rate);
+            v->gains[side].changeSampleRate(rate);
+        }
+}
+
+void StereoABPanning::setBufferSize(std::uint32_t size)
+{
+    for (auto& v : voices)
+        for (ondo::Delay& d : v->delays)
+            d.changeBufferSize(size);
+}
+
+void StereoABPanning::clear()
+{
+    for (auto& v : voices)
+        for (ondo::Delay& d : v->delays)
+            d.clear();
 }
 
 void StereoABPanning::setInterpolationTime(float ms)
 {
     interpolationTime = std::max(ms, 0.0f);
     for (auto& v : voices)
-        for (ondo::RampSignal& g : v->gains)
-            g.setRampTime(interpolationTime);
+        for (int side = 0; side < 2; ++side)
+        {
+            v->gains[side].setRampTime(interpolationTime);
+            v->delays[side].setInterpolationTime(interpolationTime);
+        }
 }
 
 void StereoABPanning::setSourcePosition(std::uint32_t source, const ondo::Point3& position, bool immediate)
@@ -53,8 +75,8 @@ void StereoABPanning::setSourcePosition(std::uint32_t source, const ondo::Point3
     v.gains[1].setTarget((std::sin(a.q + 0.7853982f) * a.r + 1.0f) * 0.44936f, immediate);
     // The far microphone hears the source later: +-0.25 ms around a common 1 ms.
     const float w = std::sin(a.q) * a.r * 0.25f;
-    v.delays[0] = 1.0f + w;
-    v.delays[1] = 1.0f - w;
+    v.delays[0].setDelay(1.0f + w, immediate);
+    v.delays[1].setDelay(1.0f - w, immediate);
 }
 
 void StereoABPanning::process(float** outputs, float** inputs, std::uint32_t numSamples)
@@ -75,10 +97,12 @@ void StereoABPanning::processAdd(float** outputs, float** inputs, std::uint32_t 
         {
             const std::uint32_t n = std::min(scratchSize, numSamples - done);
             float* in = inputs[s] + done;
-            float* out = scratch.data();
+            float* late = delayed.data();
+            float* out = scaled.data();
             for (std::uint32_t side = 0; side < sides; ++side)
             {
-                voices[s]->gains[side].process(&out, &in, n);
+                voices[s]->delays[side].process(&late, &in, n);
+                voices[s]->gains[side].process(&out, &late, n);
                 ondo::primitives::vectorAdd32InPlace(out, outputs[side] + done, static_cast<int>(n));
             }
         }

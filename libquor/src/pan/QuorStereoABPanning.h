@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/TarvoDspRelaxedAtomic.h"
+#include "dsp/TarvoDspDelay.h"
 #include "dsp/TarvoDspRampSignal.h"
 #include "pan/QuorPan.h"
 
@@ -10,8 +11,8 @@
 namespace Quor
 {
 /// A spaced pair of cardioids: each source reaches the two outputs with a level and a
-/// time difference. Each source is a voice with its own gain ramps; muted sources are
-/// skipped.
+/// time difference. Each source is a voice with a delay line and a gain ramp an output;
+/// muted sources are skipped.
 class StereoABPanning : public Pan
 {
 public:
@@ -23,7 +24,10 @@ public:
     /// Audio thread; real-time safe.
     void process(float** outputs, float** inputs, std::uint32_t numSamples) override;
     void processAdd(float** outputs, float** inputs, std::uint32_t numSamples) override;
+    /// Control thread, between blocks; allocates (the delay lines are emptied).
     void setSampleRate(float rate) override;
+    void setBufferSize(std::uint32_t size) override;
+    void clear() override;
 
     /// Sets the voice's gains and delays; `immediate` jumps. Control thread; real-time safe.
     void setSourcePosition(std::uint32_t source, const ondo::Point3& position, bool immediate) override;
@@ -33,18 +37,24 @@ public:
 
     /// The gain ramp of a source's left (0) or right (1) output.
     const ondo::Ramp& getGain(std::uint32_t source, int side) const { return voices[source]->gains[side].getRamp(); }
-    /// The inter-channel delay (ms) of a source's left (0) or right (1) output.
-    float getDelay(std::uint32_t source, int side) const { return voices[source]->delays[side]; }
+    /// The delay (ms) of a source's left (0) or right (1) output.
+    float getDelay(std::uint32_t source, int side) const { return voices[source]->delays[side].getDelay(); }
 
 private:
+    /// The longest delay a voice needs: 1 ms and a quarter either way, with room.
+    static constexpr float maximumDelayMs = 5.0f;
+
     struct Voice
     {
+        Voice();
+
+        ondo::Delay delays[2];
         ondo::RampSignal gains[2];
-        ondo::RelaxedAtomic<float> delays[2] = {1.0f, 1.0f};
     };
 
     std::vector<std::unique_ptr<Voice>> voices;
-    ondo::Vector<float> scratch;
+    ondo::Vector<float> delayed;
+    ondo::Vector<float> scaled;
     float interpolationTime = defaultInterpolationTimeMs;
 };
 } // namespace Quor
