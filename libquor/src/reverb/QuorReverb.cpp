@@ -38,7 +38,7 @@ float distributionFor(std::uint32_t numChannels)
 Reverb::Reverb(std::uint32_t numChannels)
     : AudioProcessorWithOscInAudioInterrupt(numChannels, numChannels), numChannels(numChannels),
       delays(numChannels), taps(numChannels), filters(numChannels), airFilters(numChannels),
-      delgen(numChannels, 20.0f, 40.0f, 0.5f), tapBuffer(numChannels, chunkSize), mixBuffer(numChannels, chunkSize),
+      airBatch(numChannels), delgen(numChannels, 20.0f, 40.0f, 0.5f), tapBuffer(numChannels, chunkSize), mixBuffer(numChannels, chunkSize),
       shuffle(numChannels)
 {
     filters.setCrossfadeTime(decayCrossfadeTimeMs);
@@ -118,8 +118,11 @@ void Reverb::runChunk(std::uint32_t n)
     }
     filters.process(tap, tap, n);
     if (airEnabled)
+    {
         for (std::uint32_t i = 0; i < numChannels; ++i)
-            airFilters[i]->filter(tap[i], tap[i], n);
+            airBatch.add(airFilters[i]->getSecondOrder().getShelf(), tap[i], tap[i], n);
+        airBatch.run(n);
+    }
     for (std::uint32_t i = 0; i < numChannels; ++i)
     {
         // The output is taken from the filtered line before the input is added; the sum is

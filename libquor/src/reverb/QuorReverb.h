@@ -6,6 +6,7 @@
 #include "containers/TarvoDspVector.h"
 #include "dsp/TarvoDspAudioProcessorWithOscInAudioInterrupt.h"
 #include "dsp/TarvoDspDelay.h"
+#include "dsp/TarvoDspFadedBiquadBatch.h"
 #include "dsp/TarvoDspMultiFadedHLShelf.h"
 #include "dsp/TarvoDspRamp.h"
 #include "dsp/TarvoDspTapOutEconomy.h"
@@ -112,6 +113,8 @@ private:
     /// The decay shelves, one a line; steady ones run side by side in the vector unit.
     ondo::MultiFadedHLShelf filters;
     std::vector<std::unique_ptr<AirAbsorption>> airFilters;
+    /// The air filters' steady shelves run side by side, as the decay shelves do.
+    ondo::FadedBiquadBatch airBatch;
     Delgen delgen;
     ondo::AudioBuffer<float> tapBuffer;
     ondo::AudioBuffer<float> mixBuffer;

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "containers/TarvoDspVector.h"
+#include "dsp/TarvoDspFadedBiquad.h"
+
+#include <cstdint>
+
+namespace ondo
+{
+/// Independent crossfading biquads of several channels over one block. A channel that plays
+/// one biquad alone through the block waits to run side by side with the other steady ones
+/// in the vector unit; a channel that warms up or fades runs at once on its own. Every
+/// output is the same as the channel's own `filterBlock` gives.
+class FadedBiquadBatch
+{
+public:
+    /// Room for `numChannels` channels. Control thread; allocates.
+    explicit FadedBiquadBatch(std::uint32_t numChannels = 0) { reserve(numChannels); }
+    void reserve(std::uint32_t numChannels);
+
+    /// Takes one channel into the block: `out` may be `in`, not another channel's buffer.
+    /// At most as many channels as reserved. Audio thread; real-time safe.
+    void add(FadedBiquad& filter, float* out, const float* in, std::uint32_t numSamples);
+    /// Runs the steady channels taken since the last `run`, side by side. Audio thread;
+    /// real-time safe.
+    void run(std::uint32_t numSamples);
+
+private:
+    Vector<BiquadIPP*> steadyFilters;
+    Vector<float*> steadyOutputs;
+    Vector<const float*> steadyInputs;
+    int numSteady = 0;
+};
+} // namespace ondo
