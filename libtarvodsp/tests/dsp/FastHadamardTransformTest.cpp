@@ -152,6 +152,38 @@ TEST(FastHadamardTransform, OutOfPlaceLeavesInputAndMatchesInPlace)
     }
 }
 
+// Integer samples keep every sum exact, so the scaled columns must equal the product of
+// Sylvester's matrix and the input, rounded once, times the gain.
+TEST(FastHadamardTransform, ColumnsInPlaceAreSylvestersProductTimesTheGain)
+{
+    for (std::uint32_t size : {2u, 4u, 8u, 16u})
+        for (float gain : {1.0f, 0.35355339f})
+        {
+            FastHadamardTransform t(size);
+            constexpr std::uint32_t n = 11; // whole vectors and a scalar tail
+            Channels x(size, n, size);
+            const auto original = x.data;
+            ASSERT_TRUE(t.transformColumns(x.get(), x.get(), n, gain));
+            for (std::uint32_t r = 0; r < size; ++r)
+                for (std::uint32_t i = 0; i < n; ++i)
+                {
+                    double sum = 0.0;
+                    for (std::uint32_t c = 0; c < size; ++c)
+                        sum += sylvester(r, c) * static_cast<double>(original[c][i]);
+                    ASSERT_EQ(x.data[r][i], static_cast<float>(sum) * gain) << size << " " << r << " " << i;
+                }
+        }
+}
+
+TEST(FastHadamardTransform, ColumnsRefuseOtherSizesAndOrderings)
+{
+    Channels x(32, 4, 1);
+    const auto original = x.data;
+    EXPECT_FALSE(FastHadamardTransform(32).transformColumns(x.get(), x.get(), 4, 1.0f));
+    EXPECT_FALSE(FastHadamardTransform(8, FastHadamardTransform::sequency).transformColumns(x.get(), x.get(), 4, 1.0f));
+    EXPECT_EQ(x.data, original);
+}
+
 TEST(FastHadamardTransform, SizeOneLeavesTheChannel)
 {
     FastHadamardTransform t(1);
