@@ -33,6 +33,45 @@ float distributionFor(std::uint32_t numChannels)
 {
     return numChannels <= 8 ? 0.5f : 0.3f;
 }
+
+/// One pass over a line's chunk: the output takes the filtered line, then the line takes the
+/// input. The input is read after the output is written, as two passes would.
+template <typename Output, typename Inject>
+void outputThenInject(float* line, const float* in, float* out, std::uint32_t n, Output output, Inject inject)
+{
+    for (std::uint32_t i = 0; i < n; ++i)
+    {
+        const float t = line[i];
+        out[i] = output(t);
+        line[i] = inject(t, in[i]);
+    }
+}
+
+/// The output factor `f` and the input gain `g`, with the exact shortcuts of the vector
+/// primitives: a factor of 1 copies and of 0 zeroes; a gain of 1 adds, of -1 subtracts, and
+/// of 0 leaves the line alone.
+template <typename Output>
+void outputThenInject(float* line, const float* in, float* out, std::uint32_t n, Output output, float g)
+{
+    if (g == 1.0f)
+        outputThenInject(line, in, out, n, output, [](float t, float x) { return t + x; });
+    else if (g == -1.0f)
+        outputThenInject(line, in, out, n, output, [](float t, float x) { return t - x; });
+    else if (g == 0.0f)
+        outputThenInject(line, in, out, n, output, [](float t, float) { return t; });
+    else
+        outputThenInject(line, in, out, n, output, [g](float t, float x) { return t + x * g; });
+}
+
+void outputThenInject(float* line, const float* in, float* out, std::uint32_t n, float f, float g)
+{
+    if (f == 1.0f)
+        outputThenInject(line, in, out, n, [](float t) { return t; }, g);
+    else if (f == 0.0f)
+        outputThenInject(line, in, out, n, [](float) { return 0.0f; }, g);
+    else
+        outputThenInject(line, in, out, n, [f](float t) { return t * f; }, g);
+}
 } // namespace
 
 Reverb::Reverb(std::uint32_t numChannels)
@@ -101,7 +140,6 @@ void Reverb::runChunk(std::uint32_t n)
     // Output normalised by the input gain, so that the tail's level doesn't follow the decay.
     // A gain of 0 can't be undone; the output is then left as it is.
     const float f = (normalizeOutput && g != 0.0f) ? 1.0f / g : 1.0f;
-    const int count = static_cast<int>(n);
     float** tap = tapBuffer.getChannels();
     float** mix = mixBuffer.getChannels();
     float** in = inputsReference.getChannels();
@@ -123,18 +161,10 @@ void Reverb::runChunk(std::uint32_t n)
             airBatch.add(airFilters[i]->getSecondOrder().getShelf(), tap[i], tap[i], n);
         airBatch.run(n);
     }
+    // The output is taken from the filtered line before the input is added; the sum is then
+    // built in place, and the mixer writes the lines' next input out of place.
     for (std::uint32_t i = 0; i < numChannels; ++i)
-    {
-        // The output is taken from the filtered line before the input is added; the sum is
-        // then built in place, and the mixer writes the lines' next input out of place.
-        vectorMultiplyConstant32(tap[i], f, out[i], count);
-        if (g == 1.0f)
-            vectorAdd32InPlace(in[i], tap[i], count);
-        else if (g == -1.0f)
-            vectorSubtract32InPlace(in[i], tap[i], count);
-        else if (g != 0.0f)
-            vectorAddProductConstant32(in[i], g, tap[i], count);
-    }
+        outputThenInject(tap[i], in[i], out[i], n, f, g);
     shuffle.process(mix, tap, n);
     for (std::uint32_t i = 0; i < numChannels; ++i)
         delays[i]->write(mix[i], n);
