@@ -77,7 +77,7 @@ void outputThenInject(float* line, const float* in, float* out, std::uint32_t n,
 Reverb::Reverb(std::uint32_t numChannels)
     : AudioProcessorWithOscInAudioInterrupt(numChannels, numChannels), numChannels(numChannels),
       delays(numChannels), taps(numChannels), filters(numChannels), airFilters(numChannels),
-      airBatch(numChannels), delgen(numChannels, 20.0f, 40.0f, 0.5f), tapBuffer(numChannels, chunkSize), mixBuffer(numChannels, chunkSize),
+      shelves(numChannels), lineReads(numChannels), lineWrites(numChannels), delgen(numChannels, 20.0f, 40.0f, 0.5f), tapBuffer(numChannels, chunkSize), mixBuffer(numChannels, chunkSize),
       shuffle(numChannels)
 {
     filters.setCrossfadeTime(decayCrossfadeTimeMs);
@@ -147,27 +147,36 @@ void Reverb::runChunk(std::uint32_t n)
 
     // The lines are independent until the mixer: each step runs over all lines before the
     // next, so that the shelves of all lines run side by side. Every sample is as it would be
-    // line by line.
+    // line by line. The shelves read the lines in place where they can, and the mixer writes
+    // into them in place where it can.
     for (std::uint32_t i = 0; i < numChannels; ++i)
     {
-        taps[i]->process(tap[i], n);
+        lineReads[i] = taps[i]->processInPlace(tap[i], n);
         // The write lands after the advanced index, so a loop lasts its delay plus the chunk.
         delays[i]->advance(n);
     }
-    filters.process(tap, tap, n);
+    // The shelves run here rather than through their processor, whose inlets never change.
+    for (std::uint32_t i = 0; i < numChannels; ++i)
+        shelves.add(filters.getChannel(i), tap[i], lineReads[i], n);
+    shelves.run(n);
     if (airEnabled)
     {
         for (std::uint32_t i = 0; i < numChannels; ++i)
-            airBatch.add(airFilters[i]->getSecondOrder().getShelf(), tap[i], tap[i], n);
-        airBatch.run(n);
+            shelves.add(airFilters[i]->getSecondOrder().getShelf(), tap[i], tap[i], n);
+        shelves.run(n);
     }
     // The output is taken from the filtered line before the input is added; the sum is then
     // built in place, and the mixer writes the lines' next input out of place.
     for (std::uint32_t i = 0; i < numChannels; ++i)
+    {
         outputThenInject(tap[i], in[i], out[i], n, f, g);
-    shuffle.process(mix, tap, n);
+        float* run = delays[i]->findWriteRun(n);
+        lineWrites[i] = run != nullptr ? run : mix[i];
+    }
+    shuffle.process(lineWrites.data(), tap, n);
     for (std::uint32_t i = 0; i < numChannels; ++i)
-        delays[i]->write(mix[i], n);
+        if (lineWrites[i] == mix[i])
+            delays[i]->write(mix[i], n);
 }
 
 void Reverb::setSampleRate(float rate)

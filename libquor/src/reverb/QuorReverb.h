@@ -113,8 +113,11 @@ private:
     /// The decay shelves, one a line; steady ones run side by side in the vector unit.
     ondo::MultiFadedHLShelf filters;
     std::vector<std::unique_ptr<AirAbsorption>> airFilters;
-    /// The air filters' steady shelves run side by side, as the decay shelves do.
-    ondo::FadedBiquadBatch airBatch;
+    /// Runs the decay shelves, then the air filters, of all lines side by side.
+    ondo::FadedBiquadBatch shelves;
+    /// Where each line's chunk is read from and written to: in the line, or a buffer.
+    ondo::Vector<const float*> lineReads;
+    ondo::Vector<float*> lineWrites;
     Delgen delgen;
     ondo::AudioBuffer<float> tapBuffer;
     ondo::AudioBuffer<float> mixBuffer;
