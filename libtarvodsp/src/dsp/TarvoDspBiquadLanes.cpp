@@ -1,5 +1,7 @@
 #include "dsp/TarvoDspBiquadLanes.h"
 
+#include "math/TarvoDspWideVectors.h"
+
 #include <algorithm>
 #include <cstring>
 
@@ -7,172 +9,226 @@ namespace ondo
 {
 namespace
 {
-// Four channels a vector register (SSE on x86-64, NEON on arm64), through the compilers'
-// portable vector types: element-wise operations are the same IEEE operations as scalar.
-using Vec4 = float __attribute__((vector_size(16)));
+// A lane per channel, through the compilers' portable vector types: element-wise operations
+// are the same IEEE operations as scalar. Four lanes on the baseline (SSE on x86-64, NEON on
+// arm64), eight in the AVX2 body.
+using Lanes4 = float __attribute__((vector_size(16)));
+using Lanes8 = float __attribute__((vector_size(32)));
 
-constexpr int maxQuads = 2; // up to 16 channels in flight: enough independent chains to
-                            // hide the latency of the recursion
+template <typename V>
+constexpr int widthOf = static_cast<int>(sizeof(V) / sizeof(float));
 
-inline Vec4 load(const float* p)
+/// Up to this many groups of lanes in flight: enough independent chains to hide the
+/// latency of the recursion.
+constexpr int maxGroups = 2;
+
+// Vectors pass by reference: a wide vector by value would change the baseline's ABI.
+template <typename V>
+ONDO_KERNEL_INLINE void load(V& v, const float* p)
 {
-    Vec4 v;
     std::memcpy(&v, p, sizeof v);
-    return v;
 }
 
-inline void store(float* p, Vec4 v)
+template <typename V>
+ONDO_KERNEL_INLINE void store(float* p, const V& v)
 {
     std::memcpy(p, &v, sizeof v);
 }
 
-/// Rows of four samples of four channels become rows of one sample of four channels, and
-/// back again.
-inline void transpose(Vec4& r0, Vec4& r1, Vec4& r2, Vec4& r3)
+/// Rows of samples of one channel each become rows of one sample of every channel, and back.
+ONDO_KERNEL_INLINE void transpose(Lanes4 (&r)[4])
 {
-    const Vec4 t0 = __builtin_shufflevector(r0, r1, 0, 4, 1, 5);
-    const Vec4 t1 = __builtin_shufflevector(r0, r1, 2, 6, 3, 7);
-    const Vec4 t2 = __builtin_shufflevector(r2, r3, 0, 4, 1, 5);
-    const Vec4 t3 = __builtin_shufflevector(r2, r3, 2, 6, 3, 7);
-    r0 = __builtin_shufflevector(t0, t2, 0, 1, 4, 5);
-    r1 = __builtin_shufflevector(t0, t2, 2, 3, 6, 7);
-    r2 = __builtin_shufflevector(t1, t3, 0, 1, 4, 5);
-    r3 = __builtin_shufflevector(t1, t3, 2, 3, 6, 7);
+    const Lanes4 t0 = __builtin_shufflevector(r[0], r[1], 0, 4, 1, 5);
+    const Lanes4 t1 = __builtin_shufflevector(r[0], r[1], 2, 6, 3, 7);
+    const Lanes4 t2 = __builtin_shufflevector(r[2], r[3], 0, 4, 1, 5);
+    const Lanes4 t3 = __builtin_shufflevector(r[2], r[3], 2, 6, 3, 7);
+    r[0] = __builtin_shufflevector(t0, t2, 0, 1, 4, 5);
+    r[1] = __builtin_shufflevector(t0, t2, 2, 3, 6, 7);
+    r[2] = __builtin_shufflevector(t1, t3, 0, 1, 4, 5);
+    r[3] = __builtin_shufflevector(t1, t3, 2, 3, 6, 7);
 }
 
-struct Quad
+ONDO_KERNEL_INLINE void transpose(Lanes8 (&r)[8])
 {
-    Vec4 b0, b1, b2, a1, a2, z0, z1;
-    const float* in[4];
-    float* out[4];
-    bool used[4];
-};
-
-void gather(Quad& q, BiquadIPP* const* filters, float* const* outputs, const float* const* inputs, int count)
-{
-    float c[7][4] = {};
-    for (int l = 0; l < 4; ++l)
+    // Pairs, then quads within each half, then the halves.
+    Lanes8 t[8], u[8];
+    for (int i = 0; i < 8; i += 2)
     {
-        q.used[l] = l < count;
-        q.in[l] = q.used[l] ? inputs[l] : nullptr;
-        q.out[l] = q.used[l] ? outputs[l] : nullptr;
-        if (!q.used[l])
-            continue;
-        // Taps are installed with a0 = 1, so the primitive holds exactly these values.
-        const float* t = filters[l]->getTaps();
-        const float* line = filters[l]->getState().getDelayLine();
-        const float values[7] = {t[0], t[1], t[2], t[4], t[5], line[0], line[1]};
-        for (int k = 0; k < 7; ++k)
-            c[k][l] = values[k];
+        t[i] = __builtin_shufflevector(r[i], r[i + 1], 0, 8, 1, 9, 4, 12, 5, 13);
+        t[i + 1] = __builtin_shufflevector(r[i], r[i + 1], 2, 10, 3, 11, 6, 14, 7, 15);
     }
-    q.b0 = load(c[0]);
-    q.b1 = load(c[1]);
-    q.b2 = load(c[2]);
-    q.a1 = load(c[3]);
-    q.a2 = load(c[4]);
-    q.z0 = load(c[5]);
-    q.z1 = load(c[6]);
+    for (int i = 0; i < 8; i += 4)
+    {
+        u[i] = __builtin_shufflevector(t[i], t[i + 2], 0, 1, 8, 9, 4, 5, 12, 13);
+        u[i + 1] = __builtin_shufflevector(t[i], t[i + 2], 2, 3, 10, 11, 6, 7, 14, 15);
+        u[i + 2] = __builtin_shufflevector(t[i + 1], t[i + 3], 0, 1, 8, 9, 4, 5, 12, 13);
+        u[i + 3] = __builtin_shufflevector(t[i + 1], t[i + 3], 2, 3, 10, 11, 6, 7, 14, 15);
+    }
+    for (int i = 0; i < 4; ++i)
+    {
+        r[i] = __builtin_shufflevector(u[i], u[i + 4], 0, 1, 2, 3, 8, 9, 10, 11);
+        r[i + 4] = __builtin_shufflevector(u[i], u[i + 4], 4, 5, 6, 7, 12, 13, 14, 15);
+    }
 }
 
-void scatter(const Quad& q, BiquadIPP* const* filters)
+/// One group of channels, a lane each, its coefficients and delay line in registers.
+template <typename V>
+struct Group
 {
-    float z0[4], z1[4];
-    store(z0, q.z0);
-    store(z1, q.z1);
-    for (int l = 0; l < 4; ++l)
-        if (q.used[l])
+    static constexpr int width = widthOf<V>;
+    V b0, b1, b2, a1, a2, z0, z1;
+    const float* in[width];
+    float* out[width];
+    int used;
+
+    ONDO_KERNEL_INLINE void gather(BiquadIPP* const* filters, float* const* outputs, const float* const* inputs,
+                                   int count)
+    {
+        used = std::min(width, count);
+        float c[7][width];
+        for (int l = 0; l < width; ++l)
         {
-            const float line[2] = {z0[l], z1[l]};
+            in[l] = l < used ? inputs[l] : nullptr;
+            out[l] = l < used ? outputs[l] : nullptr;
+            if (l >= used)
+            {
+                for (auto& row : c)
+                    row[l] = 0.0f;
+                continue;
+            }
+            // Taps are installed with a0 = 1, so the primitive holds exactly these values.
+            const float* t = filters[l]->getTaps();
+            const float* line = filters[l]->getState().getDelayLine();
+            const float values[7] = {t[0], t[1], t[2], t[4], t[5], line[0], line[1]};
+            for (int k = 0; k < 7; ++k)
+                c[k][l] = values[k];
+        }
+        load(b0, c[0]);
+        load(b1, c[1]);
+        load(b2, c[2]);
+        load(a1, c[3]);
+        load(a2, c[4]);
+        load(z0, c[5]);
+        load(z1, c[6]);
+    }
+
+    ONDO_KERNEL_INLINE void scatter(BiquadIPP* const* filters) const
+    {
+        float s0[width], s1[width];
+        store(s0, z0);
+        store(s1, z1);
+        for (int l = 0; l < used; ++l)
+        {
+            const float line[2] = {s0[l], s1[l]};
             filters[l]->getState().setDelayLine(line);
         }
-}
+    }
 
-/// `m` (1 to 4) samples from `start` through one quad.
-inline void step(Quad& q, int start, int m)
-{
-    Vec4 x[4];
-    for (int l = 0; l < 4; ++l)
+    /// `m` samples from `start`; a whole row of `width` when `whole`.
+    template <bool whole>
+    ONDO_KERNEL_INLINE void step(int start, int m)
     {
-        if (!q.used[l])
-            x[l] = Vec4{};
-        else if (m == 4)
-            x[l] = load(q.in[l] + start);
-        else
+        V x[width];
+        for (int l = 0; l < width; ++l)
         {
-            float padded[4] = {};
-            std::memcpy(padded, q.in[l] + start, static_cast<std::size_t>(m) * sizeof(float));
-            x[l] = load(padded);
+            x[l] = V{};
+            if (l >= used)
+                continue;
+            if constexpr (whole)
+                load(x[l], in[l] + start);
+            else
+            {
+                float padded[width] = {};
+                std::memcpy(padded, in[l] + start, static_cast<std::size_t>(m) * sizeof(float));
+                load(x[l], padded);
+            }
+        }
+        transpose(x);
+        V y[width];
+        if constexpr (!whole)
+            for (V& row : y)
+                row = V{}; // rows past `m` are transposed but never stored
+#pragma GCC unroll 8
+        for (int k = 0; k < (whole ? width : m); ++k)
+        {
+            // The same expressions as the primitive's transposed direct form II.
+            y[k] = b0 * x[k] + z0;
+            z0 = b1 * x[k] + z1 - a1 * y[k];
+            z1 = b2 * x[k] - a2 * y[k];
+        }
+        transpose(y);
+        for (int l = 0; l < used; ++l)
+        {
+            if constexpr (whole)
+                store(out[l] + start, y[l]);
+            else
+            {
+                float padded[width];
+                store(padded, y[l]);
+                std::memcpy(out[l] + start, padded, static_cast<std::size_t>(m) * sizeof(float));
+            }
         }
     }
-    transpose(x[0], x[1], x[2], x[3]);
-    Vec4 y[4] = {};
-    for (int k = 0; k < m; ++k)
+};
+
+template <typename V, int numGroups>
+ONDO_KERNEL_INLINE void runGroups(BiquadIPP* const* filters, float* const* outputs, const float* const* inputs,
+                                  int count, int numSamples)
+{
+    constexpr int width = widthOf<V>;
+    Group<V> groups[numGroups];
+    for (int g = 0; g < numGroups; ++g)
+        groups[g].gather(filters + width * g, outputs + width * g, inputs + width * g, count - width * g);
+    int start = 0;
+    for (; start + width <= numSamples; start += width)
+        for (int g = 0; g < numGroups; ++g)
+            groups[g].template step<true>(start, width);
+    if (start < numSamples)
+        for (int g = 0; g < numGroups; ++g)
+            groups[g].template step<false>(start, numSamples - start);
+    for (int g = 0; g < numGroups; ++g)
+        groups[g].scatter(filters + width * g);
+}
+
+template <typename V>
+ONDO_KERNEL_INLINE void sideBySide(BiquadIPP* const* filters, float* const* outputs, const float* const* inputs,
+                                   int count, int numSamples)
+{
+    constexpr int width = widthOf<V>;
+    for (int first = 0; first < count; first += width * maxGroups)
     {
-        // The same expressions as the primitive's transposed direct form II.
-        y[k] = q.b0 * x[k] + q.z0;
-        q.z0 = q.b1 * x[k] + q.z1 - q.a1 * y[k];
-        q.z1 = q.b2 * x[k] - q.a2 * y[k];
-    }
-    transpose(y[0], y[1], y[2], y[3]);
-    for (int l = 0; l < 4; ++l)
-    {
-        if (!q.used[l])
-            continue;
-        if (m == 4)
-            store(q.out[l] + start, y[l]);
+        const int group = std::min(width * maxGroups, count - first);
+        BiquadIPP* const* f = filters + first;
+        float* const* o = outputs + first;
+        const float* const* i = inputs + first;
+        if (group == 1)
+            f[0]->filter(o[0], i[0], numSamples); // a lone channel gains nothing
+        else if (group <= width)
+            runGroups<V, 1>(f, o, i, group, numSamples);
         else
-        {
-            float padded[4];
-            store(padded, y[l]);
-            std::memcpy(q.out[l] + start, padded, static_cast<std::size_t>(m) * sizeof(float));
-        }
+            runGroups<V, 2>(f, o, i, group, numSamples);
     }
 }
 
-template <int numQuads>
-void runQuads(BiquadIPP* const* filters, float* const* outputs, const float* const* inputs, int count, int numSamples)
+#if ONDO_WIDE_VECTORS
+ONDO_WIDE_VECTORS_TARGET void sideBySideWide(BiquadIPP* const* filters, float* const* outputs,
+                                             const float* const* inputs, int count, int numSamples)
 {
-    Quad quads[numQuads];
-    for (int g = 0; g < numQuads; ++g)
-        gather(quads[g], filters + 4 * g, outputs + 4 * g, inputs + 4 * g, std::min(4, count - 4 * g));
-    for (int start = 0; start < numSamples; start += 4)
-    {
-        const int m = std::min(4, numSamples - start);
-        for (int g = 0; g < numQuads; ++g)
-            step(quads[g], start, m);
-    }
-    for (int g = 0; g < numQuads; ++g)
-        scatter(quads[g], filters + 4 * g);
+    sideBySide<Lanes8>(filters, outputs, inputs, count, numSamples);
 }
+#endif
 } // namespace
 
 void filterBiquadsSideBySide(BiquadIPP* const* filters, float* const* outputs, const float* const* inputs, int count,
                              int numSamples)
 {
-    for (int first = 0; first < count; first += 4 * maxQuads)
+#if ONDO_WIDE_VECTORS
+    if (simd::useWideVectors())
     {
-        const int group = std::min(4 * maxQuads, count - first);
-        BiquadIPP* const* f = filters + first;
-        float* const* o = outputs + first;
-        const float* const* i = inputs + first;
-        switch ((group + 3) / 4)
-        {
-        case 1:
-            if (group == 1)
-                f[0]->filter(o[0], i[0], numSamples); // a lone channel gains nothing
-            else
-                runQuads<1>(f, o, i, group, numSamples);
-            break;
-        case 2:
-            runQuads<2>(f, o, i, group, numSamples);
-            break;
-        case 3:
-            runQuads<3>(f, o, i, group, numSamples);
-            break;
-        default:
-            runQuads<4>(f, o, i, group, numSamples);
-            break;
-        }
+        sideBySideWide(filters, outputs, inputs, count, numSamples);
+        return;
     }
+#endif
+    sideBySide<Lanes4>(filters, outputs, inputs, count, numSamples);
 }
 } // namespace ondo
