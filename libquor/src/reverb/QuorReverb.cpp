@@ -1,6 +1,7 @@
 #include "reverb/QuorReverb.h"
 
 #include "math/TarvoDspVectorPrimitives.h"
+#include "math/TarvoDspWideVectors.h"
 
 #include <algorithm>
 #include <cmath>
@@ -37,7 +38,8 @@ float distributionFor(std::uint32_t numChannels)
 /// One pass over a line's chunk: the output takes the filtered line, then the line takes the
 /// input. The input is read after the output is written, as two passes would.
 template <typename Output, typename Inject>
-void outputThenInject(float* line, const float* in, float* out, std::uint32_t n, Output output, Inject inject)
+ONDO_KERNEL_INLINE void outputThenInject(float* line, const float* in, float* out, std::uint32_t n, Output output,
+                                         Inject inject)
 {
     for (std::uint32_t i = 0; i < n; ++i)
     {
@@ -51,7 +53,8 @@ void outputThenInject(float* line, const float* in, float* out, std::uint32_t n,
 /// primitives: a factor of 1 copies and of 0 zeroes; a gain of 1 adds, of -1 subtracts, and
 /// of 0 leaves the line alone.
 template <typename Output>
-void outputThenInject(float* line, const float* in, float* out, std::uint32_t n, Output output, float g)
+ONDO_KERNEL_INLINE void outputThenInject(float* line, const float* in, float* out, std::uint32_t n, Output output,
+                                         float g)
 {
     if (g == 1.0f)
         outputThenInject(line, in, out, n, output, [](float t, float x) { return t + x; });
@@ -63,14 +66,40 @@ void outputThenInject(float* line, const float* in, float* out, std::uint32_t n,
         outputThenInject(line, in, out, n, output, [g](float t, float x) { return t + x * g; });
 }
 
-void outputThenInject(float* line, const float* in, float* out, std::uint32_t n, float f, float g)
+/// Every line of a chunk.
+ONDO_KERNEL_INLINE void outputThenInject(float* const* lines, float* const* in, float* const* out,
+                                         std::uint32_t numLines, std::uint32_t n, float f, float g)
 {
-    if (f == 1.0f)
-        outputThenInject(line, in, out, n, [](float t) { return t; }, g);
-    else if (f == 0.0f)
-        outputThenInject(line, in, out, n, [](float) { return 0.0f; }, g);
-    else
-        outputThenInject(line, in, out, n, [f](float t) { return t * f; }, g);
+    for (std::uint32_t i = 0; i < numLines; ++i)
+    {
+        if (f == 1.0f)
+            outputThenInject(lines[i], in[i], out[i], n, [](float t) { return t; }, g);
+        else if (f == 0.0f)
+            outputThenInject(lines[i], in[i], out[i], n, [](float) { return 0.0f; }, g);
+        else
+            outputThenInject(lines[i], in[i], out[i], n, [f](float t) { return t * f; }, g);
+    }
+}
+
+#if ONDO_WIDE_VECTORS
+ONDO_WIDE_VECTORS_TARGET void outputThenInjectWide(float* const* lines, float* const* in, float* const* out,
+                                                   std::uint32_t numLines, std::uint32_t n, float f, float g)
+{
+    outputThenInject(lines, in, out, numLines, n, f, g);
+}
+#endif
+
+void outputThenInjectAll(float* const* lines, float* const* in, float* const* out, std::uint32_t numLines,
+                         std::uint32_t n, float f, float g)
+{
+#if ONDO_WIDE_VECTORS
+    if (ondo::simd::useWideVectors())
+    {
+        outputThenInjectWide(lines, in, out, numLines, n, f, g);
+        return;
+    }
+#endif
+    outputThenInject(lines, in, out, numLines, n, f, g);
 }
 } // namespace
 
@@ -167,9 +196,9 @@ void Reverb::runChunk(std::uint32_t n)
     }
     // The output is taken from the filtered line before the input is added; the sum is then
     // built in place, and the mixer writes the lines' next input out of place.
+    outputThenInjectAll(tap, in, out, numChannels, n, f, g);
     for (std::uint32_t i = 0; i < numChannels; ++i)
     {
-        outputThenInject(tap[i], in[i], out[i], n, f, g);
         float* run = delays[i]->findWriteRun(n);
         lineWrites[i] = run != nullptr ? run : mix[i];
     }

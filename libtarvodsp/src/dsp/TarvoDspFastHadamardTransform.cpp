@@ -1,5 +1,7 @@
 #include "dsp/TarvoDspFastHadamardTransform.h"
 
+#include "math/TarvoDspWideVectors.h"
+
 #include <algorithm>
 #include <bit>
 #include <cmath>
@@ -9,20 +11,21 @@ namespace ondo
 {
 namespace
 {
-// Four samples a vector register (SSE on x86-64, NEON on arm64), through the compilers'
-// portable vector types: element-wise operations are the same IEEE operations as scalar.
+// Four samples a vector register on the baseline (SSE on x86-64, NEON on arm64), eight in
+// the AVX2 body, through the compilers' portable vector types: element-wise operations are
+// the same IEEE operations as scalar.
 using Lane4 = float __attribute__((vector_size(16)));
+using Lane8 = float __attribute__((vector_size(32)));
 
+// Vectors pass by reference: a wide vector by value would change the baseline's ABI.
 template <typename V>
-inline V load(const float* p)
+ONDO_KERNEL_INLINE void load(V& v, const float* p)
 {
-    V v;
     std::memcpy(&v, p, sizeof v);
-    return v;
 }
 
 template <typename V>
-inline void store(float* p, V v)
+ONDO_KERNEL_INLINE void store(float* p, const V& v)
 {
     std::memcpy(p, &v, sizeof v);
 }
@@ -31,13 +34,13 @@ inline void store(float* p, V v)
 /// each sum and difference the same as in the stage-by-stage passes; then the gain. The
 /// loops are unrolled whole so that the column never leaves the registers.
 template <std::uint32_t size, bool scaled, typename V>
-inline void butterflyColumn(float* const* out, const float* const* in, std::uint32_t at, float gain)
+ONDO_KERNEL_INLINE void butterflyColumn(float* const* out, const float* const* in, std::uint32_t at, float gain)
 {
     constexpr std::uint32_t numStages = std::bit_width(size) - 1;
     V x[size];
 #pragma GCC unroll 16
     for (std::uint32_t c = 0; c < size; ++c)
-        x[c] = load<V>(in[c] + at);
+        load(x[c], in[c] + at);
 #pragma GCC unroll 4
     for (std::uint32_t s = 0; s < numStages; ++s)
     {
@@ -55,42 +58,63 @@ inline void butterflyColumn(float* const* out, const float* const* in, std::uint
     }
 #pragma GCC unroll 16
     for (std::uint32_t c = 0; c < size; ++c)
-        store<V>(out[c] + at, scaled ? x[c] * gain : x[c]);
+    {
+        if constexpr (scaled)
+            x[c] *= gain;
+        store(out[c] + at, x[c]);
+    }
 }
 
-template <std::uint32_t size, bool scaled>
-void butterflyColumns(float* const* out, const float* const* in, std::uint32_t numSamples, float gain)
+template <std::uint32_t size, bool scaled, typename V>
+ONDO_KERNEL_INLINE void butterflyColumns(float* const* out, const float* const* in, std::uint32_t numSamples,
+                                         float gain)
 {
+    constexpr auto width = static_cast<std::uint32_t>(sizeof(V) / sizeof(float));
     std::uint32_t i = 0;
-    for (; i + 4 <= numSamples; i += 4)
-        butterflyColumn<size, scaled, Lane4>(out, in, i, gain);
+    for (; i + width <= numSamples; i += width)
+        butterflyColumn<size, scaled, V>(out, in, i, gain);
     for (; i < numSamples; ++i)
         butterflyColumn<size, scaled, float>(out, in, i, gain);
 }
 
 /// The sizes small enough to keep a column in registers; false for the others.
-template <bool scaled>
-bool butterflyColumnsOfSize(std::uint32_t size, float* const* out, const float* const* in, std::uint32_t numSamples,
-                            float gain)
+template <bool scaled, typename V>
+ONDO_KERNEL_INLINE bool butterflyColumnsOfSize(std::uint32_t size, float* const* out, const float* const* in,
+                                               std::uint32_t numSamples, float gain)
 {
     switch (size)
     {
     case 2:
-        butterflyColumns<2, scaled>(out, in, numSamples, gain);
+        butterflyColumns<2, scaled, V>(out, in, numSamples, gain);
         return true;
     case 4:
-        butterflyColumns<4, scaled>(out, in, numSamples, gain);
+        butterflyColumns<4, scaled, V>(out, in, numSamples, gain);
         return true;
     case 8:
-        butterflyColumns<8, scaled>(out, in, numSamples, gain);
+        butterflyColumns<8, scaled, V>(out, in, numSamples, gain);
         return true;
     case 16:
-        butterflyColumns<16, scaled>(out, in, numSamples, gain);
+        butterflyColumns<16, scaled, V>(out, in, numSamples, gain);
         return true;
     default:
         return false;
     }
 }
+template <typename V>
+ONDO_KERNEL_INLINE bool butterflyColumnsScaled(std::uint32_t size, float* const* out, const float* const* in,
+                                               std::uint32_t numSamples, float gain)
+{
+    return gain == 1.0f ? butterflyColumnsOfSize<false, V>(size, out, in, numSamples, gain)
+                        : butterflyColumnsOfSize<true, V>(size, out, in, numSamples, gain);
+}
+
+#if ONDO_WIDE_VECTORS
+ONDO_WIDE_VECTORS_TARGET bool butterflyColumnsWide(std::uint32_t size, float* const* out, const float* const* in,
+                                                   std::uint32_t numSamples, float gain)
+{
+    return butterflyColumnsScaled<Lane8>(size, out, in, numSamples, gain);
+}
+#endif
 } // namespace
 
 FastHadamardTransform::FastHadamardTransform(std::uint32_t n, HadamardOrdering order, bool flagValue)
@@ -195,8 +219,11 @@ bool FastHadamardTransform::transformColumns(float* const* out, const float* con
 {
     if (ordering != natural)
         return false;
-    return gain == 1.0f ? butterflyColumnsOfSize<false>(size, out, in, numSamples, gain)
-                        : butterflyColumnsOfSize<true>(size, out, in, numSamples, gain);
+#if ONDO_WIDE_VECTORS
+    if (simd::useWideVectors())
+        return butterflyColumnsWide(size, out, in, numSamples, gain);
+#endif
+    return butterflyColumnsScaled<Lane4>(size, out, in, numSamples, gain);
 }
 
 FastHadamardTransform::HadamardOrdering FastHadamardTransform::orderingFromText(const std::string& text)
