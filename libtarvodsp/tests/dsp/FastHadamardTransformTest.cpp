@@ -1,4 +1,5 @@
 #include "dsp/TarvoDspFastHadamardTransform.h"
+#include "math/TarvoDspWideVectors.h"
 
 #include <gtest/gtest.h>
 
@@ -153,14 +154,17 @@ TEST(FastHadamardTransform, OutOfPlaceLeavesInputAndMatchesInPlace)
 }
 
 // Integer samples keep every sum exact, so the scaled columns must equal the product of
-// Sylvester's matrix and the input, rounded once, times the gain.
+// Sylvester's matrix and the input, rounded once, times the gain: in the baseline body and in
+// the wider one.
 TEST(FastHadamardTransform, ColumnsInPlaceAreSylvestersProductTimesTheGain)
 {
+    for (bool wide : {false, true})
     for (std::uint32_t size : {2u, 4u, 8u, 16u})
         for (float gain : {1.0f, 0.35355339f})
         {
+            ondo::simd::allowWideVectors(wide);
             FastHadamardTransform t(size);
-            constexpr std::uint32_t n = 11; // whole vectors and a scalar tail
+            constexpr std::uint32_t n = 19; // whole vectors and a scalar tail in both bodies
             Channels x(size, n, size);
             const auto original = x.data;
             ASSERT_TRUE(t.transformColumns(x.get(), x.get(), n, gain));
@@ -173,6 +177,7 @@ TEST(FastHadamardTransform, ColumnsInPlaceAreSylvestersProductTimesTheGain)
                     ASSERT_EQ(x.data[r][i], static_cast<float>(sum) * gain) << size << " " << r << " " << i;
                 }
         }
+    ondo::simd::allowWideVectors(true);
 }
 
 TEST(FastHadamardTransform, ColumnsRefuseOtherSizesAndOrderings)
