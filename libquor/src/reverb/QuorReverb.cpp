@@ -185,15 +185,14 @@ void Reverb::runChunk(std::uint32_t n)
         delays[i]->advance(n);
     }
     // The shelves run here rather than through their processor, whose inlets never change.
+    // With air, a line's air filter follows its shelf sample by sample.
+    const bool air = airEnabled;
     for (std::uint32_t i = 0; i < numChannels; ++i)
-        shelves.add(filters.getChannel(i), tap[i], lineReads[i], n);
+        if (air)
+            shelves.add(filters.getChannel(i), airFilters[i]->getSecondOrder().getShelf(), tap[i], lineReads[i], n);
+        else
+            shelves.add(filters.getChannel(i), tap[i], lineReads[i], n);
     shelves.run(n);
-    if (airEnabled)
-    {
-        for (std::uint32_t i = 0; i < numChannels; ++i)
-            shelves.add(airFilters[i]->getSecondOrder().getShelf(), tap[i], tap[i], n);
-        shelves.run(n);
-    }
     // The output is taken from the filtered line before the input is added; the sum is then
     // built in place, and the mixer writes the lines' next input out of place.
     outputThenInjectAll(tap, in, out, numChannels, n, f, g);

@@ -71,25 +71,19 @@ ONDO_KERNEL_INLINE void transpose(Lanes8 (&r)[8])
     }
 }
 
-/// One group of channels, a lane each, its coefficients and delay line in registers.
+/// One biquad of each channel of a group, a lane each, its coefficients and delay line in
+/// registers.
 template <typename V>
-struct Group
+struct Lanes
 {
     static constexpr int width = widthOf<V>;
     V b0, b1, b2, a1, a2, z0, z1;
-    const float* in[width];
-    float* out[width];
-    int used;
 
-    ONDO_KERNEL_INLINE void gather(BiquadIPP* const* filters, float* const* outputs, const float* const* inputs,
-                                   int count)
+    ONDO_KERNEL_INLINE void gather(BiquadIPP* const* filters, int used)
     {
-        used = std::min(width, count);
         float c[7][width];
         for (int l = 0; l < width; ++l)
         {
-            in[l] = l < used ? inputs[l] : nullptr;
-            out[l] = l < used ? outputs[l] : nullptr;
             if (l >= used)
             {
                 for (auto& row : c)
@@ -112,7 +106,7 @@ struct Group
         load(z1, c[6]);
     }
 
-    ONDO_KERNEL_INLINE void scatter(BiquadIPP* const* filters) const
+    ONDO_KERNEL_INLINE void scatter(BiquadIPP* const* filters, int used) const
     {
         float s0[width], s1[width];
         store(s0, z0);
@@ -122,6 +116,48 @@ struct Group
             const float line[2] = {s0[l], s1[l]};
             filters[l]->getState().setDelayLine(line);
         }
+    }
+
+    /// One sample of every lane, input in and output out. The same expressions as the
+    /// primitive's transposed direct form II.
+    ONDO_KERNEL_INLINE void next(V& sample)
+    {
+        const V x = sample;
+        const V y = b0 * x + z0;
+        z0 = b1 * x + z1 - a1 * y;
+        z1 = b2 * x - a2 * y;
+        sample = y;
+    }
+};
+
+/// One group of channels through one or two biquads each, the second taking the first's
+/// output sample by sample: the two recursions overlap, the second a sample behind.
+template <typename V, int numStages>
+struct Group
+{
+    static constexpr int width = widthOf<V>;
+    Lanes<V> stages[numStages];
+    const float* in[width];
+    float* out[width];
+    int used;
+
+    ONDO_KERNEL_INLINE void gather(BiquadIPP* const* const* filters, float* const* outputs,
+                                   const float* const* inputs, int count)
+    {
+        used = std::min(width, count);
+        for (int l = 0; l < width; ++l)
+        {
+            in[l] = l < used ? inputs[l] : nullptr;
+            out[l] = l < used ? outputs[l] : nullptr;
+        }
+        for (int s = 0; s < numStages; ++s)
+            stages[s].gather(filters[s], used);
+    }
+
+    ONDO_KERNEL_INLINE void scatter(BiquadIPP* const* const* filters) const
+    {
+        for (int s = 0; s < numStages; ++s)
+            stages[s].scatter(filters[s], used);
     }
 
     /// `m` samples from `start`; a whole row of `width` when `whole`.
@@ -151,10 +187,9 @@ struct Group
 #pragma GCC unroll 8
         for (int k = 0; k < (whole ? width : m); ++k)
         {
-            // The same expressions as the primitive's transposed direct form II.
-            y[k] = b0 * x[k] + z0;
-            z0 = b1 * x[k] + z1 - a1 * y[k];
-            z1 = b2 * x[k] - a2 * y[k];
+            y[k] = x[k];
+            for (int s = 0; s < numStages; ++s)
+                stages[s].next(y[k]);
         }
         transpose(y);
         for (int l = 0; l < used; ++l)
@@ -171,14 +206,19 @@ struct Group
     }
 };
 
-template <typename V, int numGroups>
-ONDO_KERNEL_INLINE void runGroups(BiquadIPP* const* filters, float* const* outputs, const float* const* inputs,
-                                  int count, int numSamples)
+template <typename V, int numStages, int numGroups>
+ONDO_KERNEL_INLINE void runGroups(BiquadIPP* const* const* filters, float* const* outputs,
+                                  const float* const* inputs, int count, int numSamples)
 {
     constexpr int width = widthOf<V>;
-    Group<V> groups[numGroups];
+    Group<V, numStages> groups[numGroups];
     for (int g = 0; g < numGroups; ++g)
-        groups[g].gather(filters + width * g, outputs + width * g, inputs + width * g, count - width * g);
+    {
+        BiquadIPP* const* own[numStages];
+        for (int s = 0; s < numStages; ++s)
+            own[s] = filters[s] + width * g;
+        groups[g].gather(own, outputs + width * g, inputs + width * g, count - width * g);
+    }
     int start = 0;
     for (; start + width <= numSamples; start += width)
         for (int g = 0; g < numGroups; ++g)
@@ -187,48 +227,67 @@ ONDO_KERNEL_INLINE void runGroups(BiquadIPP* const* filters, float* const* outpu
         for (int g = 0; g < numGroups; ++g)
             groups[g].template step<false>(start, numSamples - start);
     for (int g = 0; g < numGroups; ++g)
-        groups[g].scatter(filters + width * g);
+    {
+        BiquadIPP* const* own[numStages];
+        for (int s = 0; s < numStages; ++s)
+            own[s] = filters[s] + width * g;
+        groups[g].scatter(own);
+    }
 }
 
-template <typename V>
-ONDO_KERNEL_INLINE void sideBySide(BiquadIPP* const* filters, float* const* outputs, const float* const* inputs,
-                                   int count, int numSamples)
+template <typename V, int numStages>
+ONDO_KERNEL_INLINE void sideBySide(BiquadIPP* const* const* filters, float* const* outputs,
+                                   const float* const* inputs, int count, int numSamples)
 {
     constexpr int width = widthOf<V>;
     for (int first = 0; first < count; first += width * maxGroups)
     {
         const int group = std::min(width * maxGroups, count - first);
-        BiquadIPP* const* f = filters + first;
+        BiquadIPP* const* f[numStages];
+        for (int s = 0; s < numStages; ++s)
+            f[s] = filters[s] + first;
         float* const* o = outputs + first;
         const float* const* i = inputs + first;
-        if (group == 1)
-            f[0]->filter(o[0], i[0], numSamples); // a lone channel gains nothing
+        if (group == 1 && numStages == 1)
+            f[0][0]->filter(o[0], i[0], numSamples); // a lone channel gains nothing
         else if (group <= width)
-            runGroups<V, 1>(f, o, i, group, numSamples);
+            runGroups<V, numStages, 1>(f, o, i, group, numSamples);
         else
-            runGroups<V, 2>(f, o, i, group, numSamples);
+            runGroups<V, numStages, 2>(f, o, i, group, numSamples);
     }
 }
 
-#if ONDO_WIDE_VECTORS
-ONDO_WIDE_VECTORS_TARGET void sideBySideWide(BiquadIPP* const* filters, float* const* outputs,
-                                             const float* const* inputs, int count, int numSamples)
+template <typename V>
+ONDO_KERNEL_INLINE void sideBySide(BiquadIPP* const* firstStage, BiquadIPP* const* secondStage,
+                                   float* const* outputs, const float* const* inputs, int count, int numSamples)
 {
-    sideBySide<Lanes8>(filters, outputs, inputs, count, numSamples);
+    BiquadIPP* const* stages[2] = {firstStage, secondStage};
+    if (secondStage == nullptr)
+        sideBySide<V, 1>(stages, outputs, inputs, count, numSamples);
+    else
+        sideBySide<V, 2>(stages, outputs, inputs, count, numSamples);
+}
+
+#if ONDO_WIDE_VECTORS
+ONDO_WIDE_VECTORS_TARGET void sideBySideWide(BiquadIPP* const* firstStage, BiquadIPP* const* secondStage,
+                                             float* const* outputs, const float* const* inputs, int count,
+                                             int numSamples)
+{
+    sideBySide<Lanes8>(firstStage, secondStage, outputs, inputs, count, numSamples);
 }
 #endif
 } // namespace
 
 void filterBiquadsSideBySide(BiquadIPP* const* filters, float* const* outputs, const float* const* inputs, int count,
-                             int numSamples)
+                             int numSamples, BiquadIPP* const* secondStage)
 {
 #if ONDO_WIDE_VECTORS
     if (simd::useWideVectors())
     {
-        sideBySideWide(filters, outputs, inputs, count, numSamples);
+        sideBySideWide(filters, secondStage, outputs, inputs, count, numSamples);
         return;
     }
 #endif
-    sideBySide<Lanes4>(filters, outputs, inputs, count, numSamples);
+    sideBySide<Lanes4>(filters, secondStage, outputs, inputs, count, numSamples);
 }
 } // namespace ondo

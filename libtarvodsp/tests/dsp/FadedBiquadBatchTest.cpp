@@ -59,6 +59,50 @@ TEST(FadedBiquadBatch, CascadedStagesMatchEachChannelsOwnKernel)
     }
 }
 
+// Channels through two filters in series, one of them fading now and then, against the two
+// filters' own blocks in turn.
+TEST(FadedBiquadBatch, PairsInSeriesMatchTheTwoKernelsInTurn)
+{
+    constexpr std::uint32_t numChannels = 9;
+    constexpr std::uint32_t n = 64;
+    std::vector<FadedHLShelf> first(numChannels), second(numChannels), firstAlone(numChannels),
+        secondAlone(numChannels);
+    auto design = [](std::uint32_t c, int version) {
+        return HLShelfParameters{0.0f, -1.0f * version, -2.0f - c, -6.0f, 250.0f, 4000.0f};
+    };
+    for (std::uint32_t c = 0; c < numChannels; ++c)
+    {
+        first[c].setParameters(design(c, 1), true);
+        firstAlone[c].setParameters(design(c, 1), true);
+        second[c].setParameters(design(c + 3, 2), true);
+        secondAlone[c].setParameters(design(c + 3, 2), true);
+    }
+    FadedBiquadBatch batch(numChannels);
+    for (int block = 0; block < 80; ++block)
+    {
+        if (block % 25 == 5) // a fade in the first filter of one channel, the second of another
+        {
+            first[1].setParameters(design(1, block), false);
+            firstAlone[1].setParameters(design(1, block), false);
+            second[7].setParameters(design(7, block), false);
+            secondAlone[7].setParameters(design(7, block), false);
+        }
+        std::vector<std::vector<float>> in(numChannels), out(numChannels), expected(numChannels);
+        for (std::uint32_t c = 0; c < numChannels; ++c)
+        {
+            in[c] = seededNoise(n, 7u * static_cast<unsigned>(block) + c);
+            out[c].assign(n, 0.0f);
+            expected[c] = in[c];
+            firstAlone[c].filterBlock(expected[c].data(), expected[c].data(), n);
+            secondAlone[c].filterBlock(expected[c].data(), expected[c].data(), n);
+            batch.add(first[c], second[c], out[c].data(), in[c].data(), n);
+        }
+        batch.run(n);
+        for (std::uint32_t c = 0; c < numChannels; ++c)
+            ASSERT_EQ(out[c], expected[c]) << "block " << block << " channel " << c;
+    }
+}
+
 TEST(FadedBiquadBatch, RunningAllocatesNothing)
 {
     std::vector<FadedHLShelf> shelves(4);
