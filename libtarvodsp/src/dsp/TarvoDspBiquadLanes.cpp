@@ -9,11 +9,11 @@ namespace ondo
 {
 namespace
 {
-// A lane per channel, through the compilers' portable vector types: element-wise operations
-// are the same IEEE operations as scalar. Four lanes on the baseline (SSE on x86-64, NEON on
-// arm64), eight in the AVX2 body.
-using Lanes4 = float __attribute__((vector_size(16)));
-using Lanes8 = float __attribute__((vector_size(32)));
+// A lane per channel: four on the baseline, eight in the AVX2 body.
+using simd::Floats4;
+using simd::Floats8;
+using simd::load;
+using simd::store;
 
 template <typename V>
 constexpr int widthOf = static_cast<int>(sizeof(V) / sizeof(float));
@@ -22,36 +22,23 @@ constexpr int widthOf = static_cast<int>(sizeof(V) / sizeof(float));
 /// latency of the recursion.
 constexpr int maxGroups = 2;
 
-// Vectors pass by reference: a wide vector by value would change the baseline's ABI.
-template <typename V>
-ONDO_KERNEL_INLINE void load(V& v, const float* p)
-{
-    std::memcpy(&v, p, sizeof v);
-}
-
-template <typename V>
-ONDO_KERNEL_INLINE void store(float* p, const V& v)
-{
-    std::memcpy(p, &v, sizeof v);
-}
-
 /// Rows of samples of one channel each become rows of one sample of every channel, and back.
-ONDO_KERNEL_INLINE void transpose(Lanes4 (&r)[4])
+ONDO_KERNEL_INLINE void transpose(Floats4 (&r)[4])
 {
-    const Lanes4 t0 = __builtin_shufflevector(r[0], r[1], 0, 4, 1, 5);
-    const Lanes4 t1 = __builtin_shufflevector(r[0], r[1], 2, 6, 3, 7);
-    const Lanes4 t2 = __builtin_shufflevector(r[2], r[3], 0, 4, 1, 5);
-    const Lanes4 t3 = __builtin_shufflevector(r[2], r[3], 2, 6, 3, 7);
+    const Floats4 t0 = __builtin_shufflevector(r[0], r[1], 0, 4, 1, 5);
+    const Floats4 t1 = __builtin_shufflevector(r[0], r[1], 2, 6, 3, 7);
+    const Floats4 t2 = __builtin_shufflevector(r[2], r[3], 0, 4, 1, 5);
+    const Floats4 t3 = __builtin_shufflevector(r[2], r[3], 2, 6, 3, 7);
     r[0] = __builtin_shufflevector(t0, t2, 0, 1, 4, 5);
     r[1] = __builtin_shufflevector(t0, t2, 2, 3, 6, 7);
     r[2] = __builtin_shufflevector(t1, t3, 0, 1, 4, 5);
     r[3] = __builtin_shufflevector(t1, t3, 2, 3, 6, 7);
 }
 
-ONDO_KERNEL_INLINE void transpose(Lanes8 (&r)[8])
+ONDO_KERNEL_INLINE void transpose(Floats8 (&r)[8])
 {
     // Pairs, then quads within each half, then the halves.
-    Lanes8 t[8], u[8];
+    Floats8 t[8], u[8];
     for (int i = 0; i < 8; i += 2)
     {
         t[i] = __builtin_shufflevector(r[i], r[i + 1], 0, 8, 1, 9, 4, 12, 5, 13);
@@ -273,7 +260,7 @@ ONDO_WIDE_VECTORS_TARGET void sideBySideWide(BiquadIPP* const* firstStage, Biqua
                                              float* const* outputs, const float* const* inputs, int count,
                                              int numSamples)
 {
-    sideBySide<Lanes8>(firstStage, secondStage, outputs, inputs, count, numSamples);
+    sideBySide<Floats8>(firstStage, secondStage, outputs, inputs, count, numSamples);
 }
 #endif
 } // namespace
@@ -288,6 +275,6 @@ void filterBiquadsSideBySide(BiquadIPP* const* filters, float* const* outputs, c
         return;
     }
 #endif
-    sideBySide<Lanes4>(filters, secondStage, outputs, inputs, count, numSamples);
+    sideBySide<Floats4>(filters, secondStage, outputs, inputs, count, numSamples);
 }
 } // namespace ondo

@@ -11,24 +11,11 @@ namespace ondo
 {
 namespace
 {
-// Four samples a vector register on the baseline (SSE on x86-64, NEON on arm64), eight in
-// the AVX2 body, through the compilers' portable vector types: element-wise operations are
-// the same IEEE operations as scalar.
-using Lane4 = float __attribute__((vector_size(16)));
-using Lane8 = float __attribute__((vector_size(32)));
-
-// Vectors pass by reference: a wide vector by value would change the baseline's ABI.
-template <typename V>
-ONDO_KERNEL_INLINE void load(V& v, const float* p)
-{
-    std::memcpy(&v, p, sizeof v);
-}
-
-template <typename V>
-ONDO_KERNEL_INLINE void store(float* p, const V& v)
-{
-    std::memcpy(p, &v, sizeof v);
-}
+// A column of four samples on the baseline, eight in the AVX2 body.
+using simd::Floats4;
+using simd::Floats8;
+using simd::load;
+using simd::store;
 
 /// Every stage of the natural-order network on one column of samples held in registers,
 /// each sum and difference the same as in the stage-by-stage passes; then the gain. The
@@ -112,7 +99,7 @@ ONDO_KERNEL_INLINE bool butterflyColumnsScaled(std::uint32_t size, float* const*
 ONDO_WIDE_VECTORS_TARGET bool butterflyColumnsWide(std::uint32_t size, float* const* out, const float* const* in,
                                                    std::uint32_t numSamples, float gain)
 {
-    return butterflyColumnsScaled<Lane8>(size, out, in, numSamples, gain);
+    return butterflyColumnsScaled<Floats8>(size, out, in, numSamples, gain);
 }
 #endif
 } // namespace
@@ -223,7 +210,7 @@ bool FastHadamardTransform::transformColumns(float* const* out, const float* con
     if (simd::useWideVectors())
         return butterflyColumnsWide(size, out, in, numSamples, gain);
 #endif
-    return butterflyColumnsScaled<Lane4>(size, out, in, numSamples, gain);
+    return butterflyColumnsScaled<Floats4>(size, out, in, numSamples, gain);
 }
 
 FastHadamardTransform::HadamardOrdering FastHadamardTransform::orderingFromText(const std::string& text)

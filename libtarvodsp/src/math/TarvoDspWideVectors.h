@@ -5,6 +5,8 @@
 // pick it at run time through `useWideVectors`; this is the one place that knows how.
 // AVX2 brings no FMA, so the wider bodies round every product and sum as the baseline does.
 
+#include <cstring>
+
 #if (defined(__x86_64__) || defined(__i386__)) && (defined(__GNUC__) || defined(__clang__))
 #define ONDO_WIDE_VECTORS 1
 /// Marks the body of a kernel compiled for AVX2; call it only when `useWideVectors()`.
@@ -20,6 +22,25 @@
 
 namespace ondo::simd
 {
+/// Four and eight floats in the compilers' portable vector types: element-wise operations
+/// are the same IEEE operations as scalar. Four fill a register on the baseline (SSE on
+/// x86-64, NEON on arm64), eight in an AVX2 body.
+using Floats4 = float __attribute__((vector_size(16)));
+using Floats8 = float __attribute__((vector_size(32)));
+
+// Unaligned. Vectors pass by reference: a wide vector by value would change the baseline's ABI.
+template <typename V>
+ONDO_KERNEL_INLINE void load(V& v, const float* p)
+{
+    std::memcpy(&v, p, sizeof v);
+}
+
+template <typename V>
+ONDO_KERNEL_INLINE void store(float* p, const V& v)
+{
+    std::memcpy(p, &v, sizeof v);
+}
+
 /// Whether the AVX2 bodies run: the processor has AVX2, unless `allowWideVectors(false)`.
 /// Any thread; real-time safe (a relaxed load).
 bool useWideVectors();
