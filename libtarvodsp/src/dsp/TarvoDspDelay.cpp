@@ -332,7 +332,10 @@ void Delay::read(float* output, std::uint32_t n, Ramp& delayInSamples, Interpola
 
 std::uint64_t Delay::fixedStart(float delay, InterpolationMode mode, float& fraction) const
 {
-    const float position = static_cast<float>(writeIndex) + static_cast<float>(ringSize) - delay;
+    // Signed conversions give the same floats (rings hold far fewer than 2^63 samples) in one
+    // instruction each on x86-64, where the unsigned ones branch.
+    const float position =
+        static_cast<float>(static_cast<std::int64_t>(writeIndex)) + static_cast<float>(static_cast<std::int64_t>(ringSize)) - delay;
     const auto whole = wholeSample<long long>(position, roundsToWholeSamples(mode));
     fraction = position - static_cast<float>(whole);
     return static_cast<std::uint64_t>(whole) & mask;
