@@ -106,7 +106,8 @@ void outputThenInjectAll(float* const* lines, float* const* in, float* const* ou
 Reverb::Reverb(std::uint32_t numChannels)
     : AudioProcessorWithOscInAudioInterrupt(numChannels, numChannels), numChannels(numChannels),
       delays(numChannels), taps(numChannels), filters(numChannels), airFilters(numChannels),
-      shelves(numChannels), lineReads(numChannels), lineWrites(numChannels), delgen(numChannels, 20.0f, 40.0f, 0.5f), tapBuffer(numChannels, chunkSize), mixBuffer(numChannels, chunkSize),
+      shelves(numChannels), lineReads(numChannels), lineWrites(numChannels), delgen(numChannels, 20.0f, 40.0f, 0.5f),
+      tapBuffer(numChannels, chunkSize), mixBuffer(numChannels, chunkSize),
       shuffle(numChannels)
 {
     filters.setCrossfadeTime(decayCrossfadeTimeMs);

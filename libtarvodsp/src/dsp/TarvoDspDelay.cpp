@@ -334,8 +334,8 @@ std::uint64_t Delay::fixedStart(float delay, InterpolationMode mode, float& frac
 {
     // Signed conversions give the same floats (rings hold far fewer than 2^63 samples) in one
     // instruction each on x86-64, where the unsigned ones branch.
-    const float position =
-        static_cast<float>(static_cast<std::int64_t>(writeIndex)) + static_cast<float>(static_cast<std::int64_t>(ringSize)) - delay;
+    const float position = static_cast<float>(static_cast<std::int64_t>(writeIndex)) +
+                           static_cast<float>(static_cast<std::int64_t>(ringSize)) - delay;
     const auto whole = wholeSample<long long>(position, roundsToWholeSamples(mode));
     fraction = position - static_cast<float>(whole);
     return static_cast<std::uint64_t>(whole) & mask;
