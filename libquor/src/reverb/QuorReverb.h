@@ -113,7 +113,8 @@ private:
     /// The decay shelves, one a line; steady ones run side by side in the vector unit.
     ondo::MultiFadedHLShelf filters;
     std::vector<std::unique_ptr<AirAbsorption>> airFilters;
-    /// Runs the decay shelves, then the air filters, of all lines side by side.
+    /// Runs every line's decay shelf, and its air filter in series, side by side with the
+    /// other lines.
     ondo::FadedBiquadBatch shelves;
     /// Where each line's chunk is read from and written to: in the line, or a buffer.
     ondo::Vector<const float*> lineReads;
