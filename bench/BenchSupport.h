@@ -1,13 +1,15 @@
 #pragma once
 
+#include "math/TarvoDspWideVectors.h"
+
 #include <benchmark/benchmark.h>
 
 #include <string>
 
 namespace tarvo::bench
 {
-/// The instruction set the benchmark binary was compiled for, reported with every run.
-inline std::string instructionSet()
+/// The instruction set the benchmark binary was compiled for.
+inline std::string compiledInstructionSet()
 {
 #if defined(__AVX512F__)
     return "avx512";
@@ -24,6 +26,13 @@ inline std::string instructionSet()
 #else
     return "generic";
 #endif
+}
+
+/// What ran, reported with every run: the compiled instruction set, and whether the kernels
+/// with an AVX2 body chose it at run time.
+inline std::string instructionSet()
+{
+    return compiledInstructionSet() + (ondo::simd::useWideVectors() ? " + avx2 kernels" : "");
 }
 
 /// Reports nanoseconds per processed element (sample, or sample times channel).

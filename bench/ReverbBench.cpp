@@ -42,4 +42,13 @@ void BM_Reverb(benchmark::State& state)
                                                       benchmark::Counter::kIsIterationInvariantRate);
 }
 BENCHMARK(BM_Reverb)->ArgNames({"lines", "air"})->Args({8, 0})->Args({8, 1})->Args({16, 0})->Args({16, 1});
+
+// The same with the baseline bodies of the kernels, as on a processor without AVX2.
+void BM_ReverbBaselineKernels(benchmark::State& state)
+{
+    ondo::simd::allowWideVectors(false);
+    BM_Reverb(state);
+    ondo::simd::allowWideVectors(true);
+}
+BENCHMARK(BM_ReverbBaselineKernels)->ArgNames({"lines", "air"})->Args({8, 0})->Args({16, 1});
 } // namespace

@@ -1,6 +1,7 @@
 #include "reverb/QuorReverb.h"
 
 #include "math/TarvoDspVectorPrimitives.h"
+#include "math/TarvoDspWideVectors.h"
 
 #include <algorithm>
 #include <cmath>
@@ -33,12 +34,80 @@ float distributionFor(std::uint32_t numChannels)
 {
     return numChannels <= 8 ? 0.5f : 0.3f;
 }
+
+/// One pass over a line's chunk: the output takes the filtered line, then the line takes the
+/// input. The input is read after the output is written, as two passes would.
+template <typename Output, typename Inject>
+ONDO_KERNEL_INLINE void outputThenInject(float* line, const float* in, float* out, std::uint32_t n, Output output,
+                                         Inject inject)
+{
+    for (std::uint32_t i = 0; i < n; ++i)
+    {
+        const float t = line[i];
+        out[i] = output(t);
+        line[i] = inject(t, in[i]);
+    }
+}
+
+/// The output factor `f` and the input gain `g`, with the exact shortcuts of the vector
+/// primitives: a factor of 1 copies and of 0 zeroes; a gain of 1 adds, of -1 subtracts, and
+/// of 0 leaves the line alone.
+template <typename Output>
+ONDO_KERNEL_INLINE void outputThenInject(float* line, const float* in, float* out, std::uint32_t n, Output output,
+                                         float g)
+{
+    if (g == 1.0f)
+        outputThenInject(line, in, out, n, output, [](float t, float x) { return t + x; });
+    else if (g == -1.0f)
+        outputThenInject(line, in, out, n, output, [](float t, float x) { return t - x; });
+    else if (g == 0.0f)
+        outputThenInject(line, in, out, n, output, [](float t, float) { return t; });
+    else
+        outputThenInject(line, in, out, n, output, [g](float t, float x) { return t + x * g; });
+}
+
+/// Every line of a chunk.
+ONDO_KERNEL_INLINE void outputThenInject(float* const* lines, float* const* in, float* const* out,
+                                         std::uint32_t numLines, std::uint32_t n, float f, float g)
+{
+    for (std::uint32_t i = 0; i < numLines; ++i)
+    {
+        if (f == 1.0f)
+            outputThenInject(lines[i], in[i], out[i], n, [](float t) { return t; }, g);
+        else if (f == 0.0f)
+            outputThenInject(lines[i], in[i], out[i], n, [](float) { return 0.0f; }, g);
+        else
+            outputThenInject(lines[i], in[i], out[i], n, [f](float t) { return t * f; }, g);
+    }
+}
+
+#if ONDO_WIDE_VECTORS
+ONDO_WIDE_VECTORS_TARGET void outputThenInjectWide(float* const* lines, float* const* in, float* const* out,
+                                                   std::uint32_t numLines, std::uint32_t n, float f, float g)
+{
+    outputThenInject(lines, in, out, numLines, n, f, g);
+}
+#endif
+
+void outputThenInjectAll(float* const* lines, float* const* in, float* const* out, std::uint32_t numLines,
+                         std::uint32_t n, float f, float g)
+{
+#if ONDO_WIDE_VECTORS
+    if (ondo::simd::useWideVectors())
+    {
+        outputThenInjectWide(lines, in, out, numLines, n, f, g);
+        return;
+    }
+#endif
+    outputThenInject(lines, in, out, numLines, n, f, g);
+}
 } // namespace
 
 Reverb::Reverb(std::uint32_t numChannels)
     : AudioProcessorWithOscInAudioInterrupt(numChannels, numChannels), numChannels(numChannels),
       delays(numChannels), taps(numChannels), filters(numChannels), airFilters(numChannels),
-      delgen(numChannels, 20.0f, 40.0f, 0.5f), tapBuffer(numChannels, chunkSize), mixBuffer(numChannels, chunkSize),
+      shelves(numChannels), lineReads(numChannels), lineWrites(numChannels), delgen(numChannels, 20.0f, 40.0f, 0.5f),
+      tapBuffer(numChannels, chunkSize), mixBuffer(numChannels, chunkSize),
       shuffle(numChannels)
 {
     filters.setCrossfadeTime(decayCrossfadeTimeMs);
@@ -101,7 +170,6 @@ void Reverb::runChunk(std::uint32_t n)
     // Output normalised by the input gain, so that the tail's level doesn't follow the decay.
     // A gain of 0 can't be undone; the output is then left as it is.
     const float f = (normalizeOutput && g != 0.0f) ? 1.0f / g : 1.0f;
-    const int count = static_cast<int>(n);
     float** tap = tapBuffer.getChannels();
     float** mix = mixBuffer.getChannels();
     float** in = inputsReference.getChannels();
@@ -109,32 +177,35 @@ void Reverb::runChunk(std::uint32_t n)
 
     // The lines are independent until the mixer: each step runs over all lines before the
     // next, so that the shelves of all lines run side by side. Every sample is as it would be
-    // line by line.
+    // line by line. The shelves read the lines in place where they can, and the mixer writes
+    // into them in place where it can.
     for (std::uint32_t i = 0; i < numChannels; ++i)
     {
-        taps[i]->process(tap[i], n);
+        lineReads[i] = taps[i]->processInPlace(tap[i], n);
         // The write lands after the advanced index, so a loop lasts its delay plus the chunk.
         delays[i]->advance(n);
     }
-    filters.process(tap, tap, n);
-    if (airEnabled)
-        for (std::uint32_t i = 0; i < numChannels; ++i)
-            airFilters[i]->filter(tap[i], tap[i], n);
+    // The shelves run here rather than through their processor, whose inlets never change.
+    // With air, a line's air filter follows its shelf sample by sample.
+    const bool air = airEnabled;
+    for (std::uint32_t i = 0; i < numChannels; ++i)
+        if (air)
+            shelves.add(filters.getChannel(i), airFilters[i]->getSecondOrder().getShelf(), tap[i], lineReads[i], n);
+        else
+            shelves.add(filters.getChannel(i), tap[i], lineReads[i], n);
+    shelves.run(n);
+    // The output is taken from the filtered line before the input is added; the sum is then
+    // built in place, and the mixer writes the lines' next input out of place.
+    outputThenInjectAll(tap, in, out, numChannels, n, f, g);
     for (std::uint32_t i = 0; i < numChannels; ++i)
     {
-        // The output is taken from the filtered line before the input is added; the sum is
-        // then built in place, and the mixer writes the lines' next input out of place.
-        vectorMultiplyConstant32(tap[i], f, out[i], count);
-        if (g == 1.0f)
-            vectorAdd32InPlace(in[i], tap[i], count);
-        else if (g == -1.0f)
-            vectorSubtract32InPlace(in[i], tap[i], count);
-        else if (g != 0.0f)
-            vectorAddProductConstant32(in[i], g, tap[i], count);
+        float* run = delays[i]->findWriteRun(n);
+        lineWrites[i] = run != nullptr ? run : mix[i];
     }
-    shuffle.process(mix, tap, n);
+    shuffle.process(lineWrites.data(), tap, n);
     for (std::uint32_t i = 0; i < numChannels; ++i)
-        delays[i]->write(mix[i], n);
+        if (lineWrites[i] == mix[i])
+            delays[i]->write(mix[i], n);
 }
 
 void Reverb::setSampleRate(float rate)

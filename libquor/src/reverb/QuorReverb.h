@@ -6,6 +6,7 @@
 #include "containers/TarvoDspVector.h"
 #include "dsp/TarvoDspAudioProcessorWithOscInAudioInterrupt.h"
 #include "dsp/TarvoDspDelay.h"
+#include "dsp/TarvoDspFadedBiquadBatch.h"
 #include "dsp/TarvoDspMultiFadedHLShelf.h"
 #include "dsp/TarvoDspRamp.h"
 #include "dsp/TarvoDspTapOutEconomy.h"
@@ -112,6 +113,12 @@ private:
     /// The decay shelves, one a line; steady ones run side by side in the vector unit.
     ondo::MultiFadedHLShelf filters;
     std::vector<std::unique_ptr<AirAbsorption>> airFilters;
+    /// Runs every line's decay shelf, and its air filter in series, side by side with the
+    /// other lines.
+    ondo::FadedBiquadBatch shelves;
+    /// Where each line's chunk is read from and written to: in the line, or a buffer.
+    ondo::Vector<const float*> lineReads;
+    ondo::Vector<float*> lineWrites;
     Delgen delgen;
     ondo::AudioBuffer<float> tapBuffer;
     ondo::AudioBuffer<float> mixBuffer;

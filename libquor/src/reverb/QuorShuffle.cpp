@@ -83,9 +83,20 @@ void Shuffle::setBufferSize(std::uint32_t size)
     buffer.setSize(numChannels, size);
 }
 
+bool Shuffle::mixInColumns(float** outputs, float** inputs, std::uint32_t numSamples)
+{
+    // The transform writes mixed channel permutation[c] straight to output c, scaled.
+    for (std::uint32_t c = 0; c < numChannels; ++c)
+        channelPointers[permutationEnabled ? permutation[c] : c] = outputs[c];
+    const float gain = 1.0f / std::sqrt(static_cast<float>(numChannels));
+    return hadamardTransform.transformColumns(channelPointers.data(), inputs, numSamples, gain);
+}
+
 void Shuffle::process(float** outputs, float** inputs, std::uint32_t numSamples)
 {
     if (numChannels == 0 || numSamples == 0)
+        return;
+    if (mode == hadamard && mixInColumns(outputs, inputs, numSamples))
         return;
     if (numSamples != buffer.getNumSamples())
         setBufferSize(numSamples);

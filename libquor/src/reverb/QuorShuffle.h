@@ -44,6 +44,10 @@ public:
     static ondo::Vector<std::uint32_t> defaultPermutation(std::uint32_t numChannels);
 
 private:
+    /// The Hadamard mix, permutation and gain in one pass where the transform can; false
+    /// when it can't, having written nothing.
+    bool mixInColumns(float** outputs, float** inputs, std::uint32_t numSamples);
+
     std::uint32_t numChannels;
     ondo::AudioBuffer<float> buffer;
     ondo::Vector<float> scratch;

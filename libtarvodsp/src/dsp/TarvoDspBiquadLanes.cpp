@@ -1,5 +1,7 @@
 #include "dsp/TarvoDspBiquadLanes.h"
 
+#include "math/TarvoDspWideVectors.h"
+
 #include <algorithm>
 #include <cstring>
 
@@ -7,172 +9,272 @@ namespace ondo
 {
 namespace
 {
-// Four channels a vector register (SSE on x86-64, NEON on arm64), through the compilers'
-// portable vector types: element-wise operations are the same IEEE operations as scalar.
-using Vec4 = float __attribute__((vector_size(16)));
+// A lane per channel: four on the baseline, eight in the AVX2 body.
+using simd::Floats4;
+using simd::Floats8;
+using simd::load;
+using simd::store;
 
-constexpr int maxQuads = 2; // up to 16 channels in flight: enough independent chains to
-                            // hide the latency of the recursion
+template <typename V>
+constexpr int widthOf = static_cast<int>(sizeof(V) / sizeof(float));
 
-inline Vec4 load(const float* p)
+/// Up to this many groups of lanes in flight: enough independent chains to hide the
+/// latency of the recursion.
+constexpr int maxGroups = 2;
+
+/// Rows of samples of one channel each become rows of one sample of every channel, and back.
+ONDO_KERNEL_INLINE void transpose(Floats4 (&r)[4])
 {
-    Vec4 v;
-    std::memcpy(&v, p, sizeof v);
-    return v;
+    const Floats4 t0 = __builtin_shufflevector(r[0], r[1], 0, 4, 1, 5);
+    const Floats4 t1 = __builtin_shufflevector(r[0], r[1], 2, 6, 3, 7);
+    const Floats4 t2 = __builtin_shufflevector(r[2], r[3], 0, 4, 1, 5);
+    const Floats4 t3 = __builtin_shufflevector(r[2], r[3], 2, 6, 3, 7);
+    r[0] = __builtin_shufflevector(t0, t2, 0, 1, 4, 5);
+    r[1] = __builtin_shufflevector(t0, t2, 2, 3, 6, 7);
+    r[2] = __builtin_shufflevector(t1, t3, 0, 1, 4, 5);
+    r[3] = __builtin_shufflevector(t1, t3, 2, 3, 6, 7);
 }
 
-inline void store(float* p, Vec4 v)
+ONDO_KERNEL_INLINE void transpose(Floats8 (&r)[8])
 {
-    std::memcpy(p, &v, sizeof v);
-}
-
-/// Rows of four samples of four channels become rows of one sample of four channels, and
-/// back again.
-inline void transpose(Vec4& r0, Vec4& r1, Vec4& r2, Vec4& r3)
-{
-    const Vec4 t0 = __builtin_shufflevector(r0, r1, 0, 4, 1, 5);
-    const Vec4 t1 = __builtin_shufflevector(r0, r1, 2, 6, 3, 7);
-    const Vec4 t2 = __builtin_shufflevector(r2, r3, 0, 4, 1, 5);
-    const Vec4 t3 = __builtin_shufflevector(r2, r3, 2, 6, 3, 7);
-    r0 = __builtin_shufflevector(t0, t2, 0, 1, 4, 5);
-    r1 = __builtin_shufflevector(t0, t2, 2, 3, 6, 7);
-    r2 = __builtin_shufflevector(t1, t3, 0, 1, 4, 5);
-    r3 = __builtin_shufflevector(t1, t3, 2, 3, 6, 7);
-}
-
-struct Quad
-{
-    Vec4 b0, b1, b2, a1, a2, z0, z1;
-    const float* in[4];
-    float* out[4];
-    bool used[4];
-};
-
-void gather(Quad& q, BiquadIPP* const* filters, float* const* outputs, const float* const* inputs, int count)
-{
-    float c[7][4] = {};
-    for (int l = 0; l < 4; ++l)
+    // Pairs, then quads within each half, then the halves.
+    Floats8 t[8], u[8];
+    for (int i = 0; i < 8; i += 2)
     {
-        q.used[l] = l < count;
-        q.in[l] = q.used[l] ? inputs[l] : nullptr;
-        q.out[l] = q.used[l] ? outputs[l] : nullptr;
-        if (!q.used[l])
-            continue;
-        // Taps are installed with a0 = 1, so the primitive holds exactly these values.
-        const float* t = filters[l]->getTaps();
-        const float* line = filters[l]->getState().getDelayLine();
-        const float values[7] = {t[0], t[1], t[2], t[4], t[5], line[0], line[1]};
-        for (int k = 0; k < 7; ++k)
-            c[k][l] = values[k];
+        t[i] = __builtin_shufflevector(r[i], r[i + 1], 0, 8, 1, 9, 4, 12, 5, 13);
+        t[i + 1] = __builtin_shufflevector(r[i], r[i + 1], 2, 10, 3, 11, 6, 14, 7, 15);
     }
-    q.b0 = load(c[0]);
-    q.b1 = load(c[1]);
-    q.b2 = load(c[2]);
-    q.a1 = load(c[3]);
-    q.a2 = load(c[4]);
-    q.z0 = load(c[5]);
-    q.z1 = load(c[6]);
+    for (int i = 0; i < 8; i += 4)
+    {
+        u[i] = __builtin_shufflevector(t[i], t[i + 2], 0, 1, 8, 9, 4, 5, 12, 13);
+        u[i + 1] = __builtin_shufflevector(t[i], t[i + 2], 2, 3, 10, 11, 6, 7, 14, 15);
+        u[i + 2] = __builtin_shufflevector(t[i + 1], t[i + 3], 0, 1, 8, 9, 4, 5, 12, 13);
+        u[i + 3] = __builtin_shufflevector(t[i + 1], t[i + 3], 2, 3, 10, 11, 6, 7, 14, 15);
+    }
+    for (int i = 0; i < 4; ++i)
+    {
+        r[i] = __builtin_shufflevector(u[i], u[i + 4], 0, 1, 2, 3, 8, 9, 10, 11);
+        r[i + 4] = __builtin_shufflevector(u[i], u[i + 4], 4, 5, 6, 7, 12, 13, 14, 15);
+    }
 }
 
-void scatter(const Quad& q, BiquadIPP* const* filters)
+/// One biquad of each channel of a group, a lane each, its coefficients and delay line in
+/// registers.
+template <typename V>
+struct Lanes
 {
-    float z0[4], z1[4];
-    store(z0, q.z0);
-    store(z1, q.z1);
-    for (int l = 0; l < 4; ++l)
-        if (q.used[l])
+    static constexpr int width = widthOf<V>;
+    V b0, b1, b2, a1, a2, z0, z1;
+
+    ONDO_KERNEL_INLINE void gather(BiquadIPP* const* filters, int used)
+    {
+        float c[7][width];
+        for (int l = 0; l < width; ++l)
         {
-            const float line[2] = {z0[l], z1[l]};
+            if (l >= used)
+            {
+                for (auto& row : c)
+                    row[l] = 0.0f;
+                continue;
+            }
+            // Taps are installed with a0 = 1, so the primitive holds exactly these values.
+            const float* t = filters[l]->getTaps();
+            const float* line = filters[l]->getState().getDelayLine();
+            const float values[7] = {t[0], t[1], t[2], t[4], t[5], line[0], line[1]};
+            for (int k = 0; k < 7; ++k)
+                c[k][l] = values[k];
+        }
+        load(b0, c[0]);
+        load(b1, c[1]);
+        load(b2, c[2]);
+        load(a1, c[3]);
+        load(a2, c[4]);
+        load(z0, c[5]);
+        load(z1, c[6]);
+    }
+
+    ONDO_KERNEL_INLINE void scatter(BiquadIPP* const* filters, int used) const
+    {
+        float s0[width], s1[width];
+        store(s0, z0);
+        store(s1, z1);
+        for (int l = 0; l < used; ++l)
+        {
+            const float line[2] = {s0[l], s1[l]};
             filters[l]->getState().setDelayLine(line);
         }
-}
+    }
 
-/// `m` (1 to 4) samples from `start` through one quad.
-inline void step(Quad& q, int start, int m)
-{
-    Vec4 x[4];
-    for (int l = 0; l < 4; ++l)
+    /// One sample of every lane, input in and output out. The same expressions as the
+    /// primitive's transposed direct form II.
+    ONDO_KERNEL_INLINE void next(V& sample)
     {
-        if (!q.used[l])
-            x[l] = Vec4{};
-        else if (m == 4)
-            x[l] = load(q.in[l] + start);
-        else
+        const V x = sample;
+        const V y = b0 * x + z0;
+        z0 = b1 * x + z1 - a1 * y;
+        z1 = b2 * x - a2 * y;
+        sample = y;
+    }
+};
+
+/// One group of channels through one or two biquads each, the second taking the first's
+/// output sample by sample: the two recursions overlap, the second a sample behind.
+template <typename V, int numStages>
+struct Group
+{
+    static constexpr int width = widthOf<V>;
+    Lanes<V> stages[numStages];
+    const float* in[width];
+    float* out[width];
+    int used;
+
+    ONDO_KERNEL_INLINE void gather(BiquadIPP* const* const* filters, float* const* outputs,
+                                   const float* const* inputs, int count)
+    {
+        used = std::min(width, count);
+        for (int l = 0; l < width; ++l)
         {
-            float padded[4] = {};
-            std::memcpy(padded, q.in[l] + start, static_cast<std::size_t>(m) * sizeof(float));
-            x[l] = load(padded);
+            in[l] = l < used ? inputs[l] : nullptr;
+            out[l] = l < used ? outputs[l] : nullptr;
+        }
+        for (int s = 0; s < numStages; ++s)
+            stages[s].gather(filters[s], used);
+    }
+
+    ONDO_KERNEL_INLINE void scatter(BiquadIPP* const* const* filters) const
+    {
+        for (int s = 0; s < numStages; ++s)
+            stages[s].scatter(filters[s], used);
+    }
+
+    /// `m` samples from `start`; a whole row of `width` when `whole`.
+    template <bool whole>
+    ONDO_KERNEL_INLINE void step(int start, int m)
+    {
+        V x[width];
+        for (int l = 0; l < width; ++l)
+        {
+            x[l] = V{};
+            if (l >= used)
+                continue;
+            if constexpr (whole)
+                load(x[l], in[l] + start);
+            else
+            {
+                float padded[width] = {};
+                std::memcpy(padded, in[l] + start, static_cast<std::size_t>(m) * sizeof(float));
+                load(x[l], padded);
+            }
+        }
+        transpose(x);
+        V y[width];
+        if constexpr (!whole)
+            for (V& row : y)
+                row = V{}; // rows past `m` are transposed but never stored
+#pragma GCC unroll 8
+        for (int k = 0; k < (whole ? width : m); ++k)
+        {
+            y[k] = x[k];
+            for (int s = 0; s < numStages; ++s)
+                stages[s].next(y[k]);
+        }
+        transpose(y);
+        for (int l = 0; l < used; ++l)
+        {
+            if constexpr (whole)
+                store(out[l] + start, y[l]);
+            else
+            {
+                float padded[width];
+                store(padded, y[l]);
+                std::memcpy(out[l] + start, padded, static_cast<std::size_t>(m) * sizeof(float));
+            }
         }
     }
-    transpose(x[0], x[1], x[2], x[3]);
-    Vec4 y[4] = {};
-    for (int k = 0; k < m; ++k)
+};
+
+template <typename V, int numStages, int numGroups>
+ONDO_KERNEL_INLINE void runGroups(BiquadIPP* const* const* filters, float* const* outputs,
+                                  const float* const* inputs, int count, int numSamples)
+{
+    constexpr int width = widthOf<V>;
+    Group<V, numStages> groups[numGroups];
+    for (int g = 0; g < numGroups; ++g)
     {
-        // The same expressions as the primitive's transposed direct form II.
-        y[k] = q.b0 * x[k] + q.z0;
-        q.z0 = q.b1 * x[k] + q.z1 - q.a1 * y[k];
-        q.z1 = q.b2 * x[k] - q.a2 * y[k];
+        BiquadIPP* const* own[numStages];
+        for (int s = 0; s < numStages; ++s)
+            own[s] = filters[s] + width * g;
+        groups[g].gather(own, outputs + width * g, inputs + width * g, count - width * g);
     }
-    transpose(y[0], y[1], y[2], y[3]);
-    for (int l = 0; l < 4; ++l)
+    int start = 0;
+    for (; start + width <= numSamples; start += width)
+        for (int g = 0; g < numGroups; ++g)
+            groups[g].template step<true>(start, width);
+    if (start < numSamples)
+        for (int g = 0; g < numGroups; ++g)
+            groups[g].template step<false>(start, numSamples - start);
+    for (int g = 0; g < numGroups; ++g)
     {
-        if (!q.used[l])
-            continue;
-        if (m == 4)
-            store(q.out[l] + start, y[l]);
-        else
-        {
-            float padded[4];
-            store(padded, y[l]);
-            std::memcpy(q.out[l] + start, padded, static_cast<std::size_t>(m) * sizeof(float));
-        }
+        BiquadIPP* const* own[numStages];
+        for (int s = 0; s < numStages; ++s)
+            own[s] = filters[s] + width * g;
+        groups[g].scatter(own);
     }
 }
 
-template <int numQuads>
-void runQuads(BiquadIPP* const* filters, float* const* outputs, const float* const* inputs, int count, int numSamples)
+template <typename V, int numStages>
+ONDO_KERNEL_INLINE void sideBySide(BiquadIPP* const* const* filters, float* const* outputs,
+                                   const float* const* inputs, int count, int numSamples)
 {
-    Quad quads[numQuads];
-    for (int g = 0; g < numQuads; ++g)
-        gather(quads[g], filters + 4 * g, outputs + 4 * g, inputs + 4 * g, std::min(4, count - 4 * g));
-    for (int start = 0; start < numSamples; start += 4)
+    constexpr int width = widthOf<V>;
+    for (int first = 0; first < count; first += width * maxGroups)
     {
-        const int m = std::min(4, numSamples - start);
-        for (int g = 0; g < numQuads; ++g)
-            step(quads[g], start, m);
+        const int group = std::min(width * maxGroups, count - first);
+        BiquadIPP* const* f[numStages];
+        for (int s = 0; s < numStages; ++s)
+            f[s] = filters[s] + first;
+        float* const* o = outputs + first;
+        const float* const* i = inputs + first;
+        if (group == 1 && numStages == 1)
+            f[0][0]->filter(o[0], i[0], numSamples); // a lone channel gains nothing
+        else if (group <= width)
+            runGroups<V, numStages, 1>(f, o, i, group, numSamples);
+        else
+            runGroups<V, numStages, 2>(f, o, i, group, numSamples);
     }
-    for (int g = 0; g < numQuads; ++g)
-        scatter(quads[g], filters + 4 * g);
 }
+
+template <typename V>
+ONDO_KERNEL_INLINE void sideBySide(BiquadIPP* const* firstStage, BiquadIPP* const* secondStage,
+                                   float* const* outputs, const float* const* inputs, int count, int numSamples)
+{
+    BiquadIPP* const* stages[2] = {firstStage, secondStage};
+    if (secondStage == nullptr)
+        sideBySide<V, 1>(stages, outputs, inputs, count, numSamples);
+    else
+        sideBySide<V, 2>(stages, outputs, inputs, count, numSamples);
+}
+
+#if ONDO_WIDE_VECTORS
+ONDO_WIDE_VECTORS_TARGET void sideBySideWide(BiquadIPP* const* firstStage, BiquadIPP* const* secondStage,
+                                             float* const* outputs, const float* const* inputs, int count,
+                                             int numSamples)
+{
+    sideBySide<Floats8>(firstStage, secondStage, outputs, inputs, count, numSamples);
+}
+#endif
 } // namespace
 
 void filterBiquadsSideBySide(BiquadIPP* const* filters, float* const* outputs, const float* const* inputs, int count,
-                             int numSamples)
+                             int numSamples, BiquadIPP* const* secondStage)
 {
-    for (int first = 0; first < count; first += 4 * maxQuads)
+#if ONDO_WIDE_VECTORS
+    if (simd::useWideVectors())
     {
-        const int group = std::min(4 * maxQuads, count - first);
-        BiquadIPP* const* f = filters + first;
-        float* const* o = outputs + first;
-        const float* const* i = inputs + first;
-        switch ((group + 3) / 4)
-        {
-        case 1:
-            if (group == 1)
-                f[0]->filter(o[0], i[0], numSamples); // a lone channel gains nothing
-            else
-                runQuads<1>(f, o, i, group, numSamples);
-            break;
-        case 2:
-            runQuads<2>(f, o, i, group, numSamples);
-            break;
-        case 3:
-            runQuads<3>(f, o, i, group, numSamples);
-            break;
-        default:
-            runQuads<4>(f, o, i, group, numSamples);
-            break;
-        }
+        sideBySideWide(filters, secondStage, outputs, inputs, count, numSamples);
+        return;
     }
+#endif
+    sideBySide<Floats4>(filters, secondStage, outputs, inputs, count, numSamples);
 }
 } // namespace ondo

@@ -9,7 +9,10 @@ namespace ondo
 /// operations, but those of different channels are not. Each channel's output is the same,
 /// bit for bit, as its own `filter` gives (same operations in the same order), and its
 /// delay line carries on as after its own `filter`. Channels must not be gain-only.
-/// `outputs[c]` may equal `inputs[c]`. Audio thread; real-time safe.
+/// `outputs[c]` may equal `inputs[c]`. With a `secondStage`, channel c then runs
+/// `secondStage[c]` on what `filters[c]` gives, sample by sample, so that the two recursions
+/// overlap; the output is the same as the two `filter` calls in turn. Audio thread;
+/// real-time safe.
 void filterBiquadsSideBySide(BiquadIPP* const* filters, float* const* outputs, const float* const* inputs, int count,
-                             int numSamples);
+                             int numSamples, BiquadIPP* const* secondStage = nullptr);
 } // namespace ondo

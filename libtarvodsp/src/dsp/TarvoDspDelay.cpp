@@ -330,16 +330,39 @@ void Delay::read(float* output, std::uint32_t n, Ramp& delayInSamples, Interpola
         readFixed(output, n, delayInSamples.getValue(0), mode, state);
 }
 
+std::uint64_t Delay::fixedStart(float delay, InterpolationMode mode, float& fraction) const
+{
+    // Signed conversions give the same floats (rings hold far fewer than 2^63 samples) in one
+    // instruction each on x86-64, where the unsigned ones branch.
+    const float position = static_cast<float>(static_cast<std::int64_t>(writeIndex)) +
+                           static_cast<float>(static_cast<std::int64_t>(ringSize)) - delay;
+    const auto whole = wholeSample<long long>(position, roundsToWholeSamples(mode));
+    fraction = position - static_cast<float>(whole);
+    return static_cast<std::uint64_t>(whole) & mask;
+}
+
+const float* Delay::findReadRun(std::uint32_t n, const Ramp& delayInSamples, InterpolationMode mode)
+{
+    if (delayInSamples.isRunning() || !roundsToWholeSamples(mode))
+        return nullptr;
+    float f = 0.0f;
+    const std::uint64_t index = fixedStart(delayInSamples.getValue(0), mode, f);
+    return index + n <= ringSize ? buffer.data() + guard + index : nullptr;
+}
+
+float* Delay::findWriteRun(std::uint32_t n)
+{
+    return writeIndex + n <= ringSize ? buffer.data() + guard + writeIndex : nullptr;
+}
+
 void Delay::readFixed(float* output, std::uint32_t n, float delay, InterpolationMode mode, float& state)
 {
     // A fixed delay has one fraction: the weights are hoisted out of the loops, and the ring
     // is read in contiguous runs up to its end.
-    const float position = static_cast<float>(writeIndex) + static_cast<float>(ringSize) - delay;
-    const auto whole = wholeSample<long long>(position, roundsToWholeSamples(mode));
-    const float f = position - static_cast<float>(whole);
+    float f = 0.0f;
+    std::uint64_t index = fixedStart(delay, mode, f);
     const Weights w = weightsFor(mode, f);
     const float allpassCoefficient = f / (1.0f - f + 1.0f);
-    std::uint64_t index = static_cast<std::uint64_t>(whole) & mask;
     std::uint32_t done = 0;
     while (done < n)
     {

@@ -91,6 +91,14 @@ public:
     void read(float* output, std::uint32_t n, Ramp& delayInSamples, InterpolationMode mode, float& allpassState);
     /// Moves the write position on by `n`. Audio thread; real-time safe.
     void advance(std::uint32_t n) { writeIndex = (writeIndex + n) & mask; }
+    /// Where the `n` samples that `read` would give lie in the line, when they lie there as
+    /// they are (a delay that doesn't glide, read with a rounding mode) in one run before the
+    /// ring's end; else null. Lets an owner use them without a copy. Audio thread;
+    /// real-time safe.
+    const float* findReadRun(std::uint32_t n, const Ramp& delayInSamples, InterpolationMode mode);
+    /// Where `write` would put `n` samples, when they fit in one run before the ring's end;
+    /// else null. Lets an owner build them in place. Audio thread; real-time safe.
+    float* findWriteRun(std::uint32_t n);
 
     /// Enlarges (and empties) the line when `ms` lies beyond the maximum. Allocates then.
     void ensureMaximumDelay(float ms)
@@ -111,6 +119,8 @@ private:
 
     float samplesToMs(float samples) const { return samples * 1000.0f / sampleRate; }
     void refreshGuards();
+    /// The ring index of the first sample read at a fixed `delay`, and its fraction.
+    std::uint64_t fixedStart(float delay, InterpolationMode mode, float& fraction) const;
     void readFixed(float* output, std::uint32_t n, float delay, InterpolationMode mode, float& allpassState);
     void readGliding(float* output, std::uint32_t n, Ramp& delayInSamples, InterpolationMode mode,
                      float& allpassState);

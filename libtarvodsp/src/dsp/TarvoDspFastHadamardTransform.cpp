@@ -1,5 +1,7 @@
 #include "dsp/TarvoDspFastHadamardTransform.h"
 
+#include "math/TarvoDspWideVectors.h"
+
 #include <algorithm>
 #include <bit>
 #include <cmath>
@@ -7,6 +9,101 @@
 
 namespace ondo
 {
+namespace
+{
+// A column of four samples on the baseline, eight in the AVX2 body.
+using simd::Floats4;
+using simd::Floats8;
+using simd::load;
+using simd::store;
+
+/// Every stage of the natural-order network on one column of samples held in registers,
+/// each sum and difference the same as in the stage-by-stage passes; then the gain. The
+/// loops are unrolled whole so that the column never leaves the registers.
+template <std::uint32_t size, bool scaled, typename V>
+ONDO_KERNEL_INLINE void butterflyColumn(float* const* out, const float* const* in, std::uint32_t at, float gain)
+{
+    constexpr std::uint32_t numStages = std::bit_width(size) - 1;
+    V x[size];
+#pragma GCC unroll 16
+    for (std::uint32_t c = 0; c < size; ++c)
+        load(x[c], in[c] + at);
+#pragma GCC unroll 4
+    for (std::uint32_t s = 0; s < numStages; ++s)
+    {
+        const std::uint32_t half = (size >> s) / 2;
+#pragma GCC unroll 16
+        for (std::uint32_t k = 0; k < size / 2; ++k)
+        {
+            // Pair k of the stage: channel c of its group, and the one half a span on.
+            const std::uint32_t c = (k / half) * 2 * half + k % half;
+            const V a = x[c];
+            const V b = x[c + half];
+            x[c] = a + b;
+            x[c + half] = a - b;
+        }
+    }
+#pragma GCC unroll 16
+    for (std::uint32_t c = 0; c < size; ++c)
+    {
+        if constexpr (scaled)
+            x[c] *= gain;
+        store(out[c] + at, x[c]);
+    }
+}
+
+template <std::uint32_t size, bool scaled, typename V>
+ONDO_KERNEL_INLINE void butterflyColumns(float* const* out, const float* const* in, std::uint32_t numSamples,
+                                         float gain)
+{
+    constexpr auto width = static_cast<std::uint32_t>(sizeof(V) / sizeof(float));
+    std::uint32_t i = 0;
+    for (; i + width <= numSamples; i += width)
+        butterflyColumn<size, scaled, V>(out, in, i, gain);
+    for (; i < numSamples; ++i)
+        butterflyColumn<size, scaled, float>(out, in, i, gain);
+}
+
+/// The sizes small enough to keep a column in registers; false for the others.
+template <bool scaled, typename V>
+ONDO_KERNEL_INLINE bool butterflyColumnsOfSize(std::uint32_t size, float* const* out, const float* const* in,
+                                               std::uint32_t numSamples, float gain)
+{
+    switch (size)
+    {
+    case 2:
+        butterflyColumns<2, scaled, V>(out, in, numSamples, gain);
+        return true;
+    case 4:
+        butterflyColumns<4, scaled, V>(out, in, numSamples, gain);
+        return true;
+    case 8:
+        butterflyColumns<8, scaled, V>(out, in, numSamples, gain);
+        return true;
+    case 16:
+        butterflyColumns<16, scaled, V>(out, in, numSamples, gain);
+        return true;
+    default:
+        return false;
+    }
+}
+template <typename V>
+ONDO_KERNEL_INLINE bool butterflyColumnsScaled(std::uint32_t size, float* const* out, const float* const* in,
+                                               std::uint32_t numSamples, float gain)
+{
+    return gain == 1.0f ? butterflyColumnsOfSize<false, V>(size, out, in, numSamples, gain)
+                        : butterflyColumnsOfSize<true, V>(size, out, in, numSamples, gain);
+}
+
+#if ONDO_WIDE_VECTORS
+ONDO_WIDE_VECTORS_TARGET bool butterflyColumnsWide(std::uint32_t size, float* const* out, const float* const* in,
+                                                   std::uint32_t numSamples, float gain)
+{
+    return butterflyColumnsScaled<Floats8>(size, out, in, numSamples, gain);
+}
+#endif
+} // namespace
+
 FastHadamardTransform::FastHadamardTransform(std::uint32_t n, HadamardOrdering order, bool flagValue)
     : ordering(order), flag(flagValue)
 {
@@ -102,6 +199,18 @@ void FastHadamardTransform::transform(float** out, float** in, std::uint32_t num
         }
     }
     butterflies(out, 1, numSamples);
+}
+
+bool FastHadamardTransform::transformColumns(float* const* out, const float* const* in, std::uint32_t numSamples,
+                                             float gain) const
+{
+    if (ordering != natural)
+        return false;
+#if ONDO_WIDE_VECTORS
+    if (simd::useWideVectors())
+        return butterflyColumnsWide(size, out, in, numSamples, gain);
+#endif
+    return butterflyColumnsScaled<Floats4>(size, out, in, numSamples, gain);
 }
 
 FastHadamardTransform::HadamardOrdering FastHadamardTransform::orderingFromText(const std::string& text)

@@ -33,6 +33,12 @@ public:
     void transform(float** channels, std::uint32_t numSamples) const;
     /// Leaves `in` alone; `out` must not share channels with `in`.
     void transform(float** out, float** in, std::uint32_t numSamples) const;
+    /// The natural-order transform times `gain` (1 leaves the sums as they are), a few samples
+    /// of all channels at a time through every stage, so that each output is written once:
+    /// the same samples as `transform` and a multiplication. `out` may share channels with
+    /// `in`. Sizes 2 to 16 only; returns false, doing nothing, for another size or ordering.
+    /// Real-time safe.
+    bool transformColumns(float* const* out, const float* const* in, std::uint32_t numSamples, float gain) const;
 
     std::uint32_t getSize() const { return size; }
     HadamardOrdering getOrdering() const { return ordering; }

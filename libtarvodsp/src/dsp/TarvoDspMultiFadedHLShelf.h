@@ -1,6 +1,6 @@
 #pragma once
 
-#include "dsp/TarvoDspBiquadIPP.h"
+#include "dsp/TarvoDspFadedBiquadBatch.h"
 #include "dsp/TarvoDspFadedHLShelf.h"
 #include "dsp/TarvoDspMultichannelProcessor.h"
 
@@ -33,8 +33,6 @@ protected:
     FadedHLShelf* createChannel() override { return new FadedHLShelf(); }
 
 private:
-    Vector<BiquadIPP*> steadyFilters;
-    Vector<float*> steadyOutputs;
-    Vector<const float*> steadyInputs;
+    FadedBiquadBatch batch;
 };
 } // namespace ondo

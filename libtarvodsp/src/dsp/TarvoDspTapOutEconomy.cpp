@@ -1,5 +1,7 @@
 #include "dsp/TarvoDspTapOutEconomy.h"
 
+#include <cstring>
+
 namespace ondo
 {
 TapOutEconomy::TapOutEconomy(Delay* line, Delay::InterpolationMode mode)
@@ -9,9 +11,19 @@ TapOutEconomy::TapOutEconomy(Delay* line, Delay::InterpolationMode mode)
 
 void TapOutEconomy::process(float* output, std::uint32_t n)
 {
+    const float* samples = processInPlace(output, n);
+    if (samples != output)
+        std::memcpy(output, samples, n * sizeof(float));
+}
+
+const float* TapOutEconomy::processInPlace(float* scratch, std::uint32_t n)
+{
     if (economyEnabled)
         Delay::economise(activeMode, ramp);
-    delay->read(output, n, ramp, activeMode, allpassState);
+    if (const float* run = delay->findReadRun(n, ramp, activeMode))
+        return run;
+    delay->read(scratch, n, ramp, activeMode, allpassState);
+    return scratch;
 }
 
 void TapOutEconomy::setDelay(float ms, bool immediate)

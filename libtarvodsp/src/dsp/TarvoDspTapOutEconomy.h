@@ -23,6 +23,10 @@ public:
     /// Applies the economy rule, then reads `n` samples ending at the line's write position
     /// plus `n`; the line's write position doesn't move. Audio thread; real-time safe.
     void process(float* output, std::uint32_t n);
+    /// `process` without the copy where it can: where the `n` samples lie in the line when a
+    /// read would copy them as they are, else `scratch` after reading them into it. Valid
+    /// until the line is next written. Audio thread; real-time safe.
+    const float* processInPlace(float* scratch, std::uint32_t n);
 
     /// Glides to `ms` over the interpolation time, or jumps with `immediate`, and puts the
     /// requested interpolator back into use. Negative values count as 0. A delay beyond the

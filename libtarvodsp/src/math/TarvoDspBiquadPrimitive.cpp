@@ -33,6 +33,21 @@ std::size_t bytesFor(int numSections)
     return sizeof(BiquadState) + n * sizeof(Section) + 2 * n * sizeof(float) + stateAlignment;
 }
 
+/// Moves a delay line. A single section's two values move often (each block of a
+/// side-by-side run), so they skip the library call; both are read before either is written.
+void moveDelayLine(float* to, const float* from, std::size_t count)
+{
+    if (count == 2)
+    {
+        const float z0 = from[0];
+        const float z1 = from[1];
+        to[0] = z0;
+        to[1] = z1;
+    }
+    else
+        std::memmove(to, from, count * sizeof(float));
+}
+
 std::uint8_t* alignUp(std::uint8_t* p)
 {
     const auto address = reinterpret_cast<std::uintptr_t>(p);
@@ -123,7 +138,7 @@ Status biquadSetDelayLine(BiquadState* handle, const float* delayLine)
     if (delayLine == nullptr)
         std::memset(handle->delayLine, 0, count * sizeof(float));
     else
-        std::memmove(handle->delayLine, delayLine, count * sizeof(float));
+        moveDelayLine(handle->delayLine, delayLine, count);
     return done;
 }
 
@@ -133,7 +148,7 @@ Status biquadGetDelayLine(const BiquadState* handle, float* delayLine)
         return nullPointer;
     if (handle->tag != cascadeTag)
         return wrongStateKind;
-    std::memcpy(delayLine, handle->delayLine, 2 * static_cast<std::size_t>(handle->numSections) * sizeof(float));
+    moveDelayLine(delayLine, handle->delayLine, 2 * static_cast<std::size_t>(handle->numSections));
     return done;
 }
 } // namespace ondo::primitives

@@ -301,6 +301,51 @@ TEST(Delay, WholeDelayWithNearestIsAnExactShift)
         ASSERT_EQ(out[t], t < 123 ? 0.0f : input[t - 123]) << t;
 }
 
+// An owner may write a block in place and read one in place: the samples must be those that
+// write and read copy, a whole delay later.
+TEST(Delay, RunsInTheLineHoldWhatWriteAndReadCopy)
+{
+    const auto input = noise(1024);
+    auto delay = standing(ondo::Delay::nearest, 123.0f);
+    moveWritePosition(*delay, 1000); // no read nor write crosses the ring's end
+    ondo::Ramp at;
+    at.setTarget(123.0f, true);
+    for (std::uint32_t start = 0; start < input.size(); start += 64)
+    {
+        float* into = delay->findWriteRun(64);
+        ASSERT_NE(into, nullptr);
+        std::copy_n(input.begin() + start, 64, into);
+        const float* run = delay->findReadRun(64, at, ondo::Delay::nearest);
+        ASSERT_NE(run, nullptr);
+        std::vector<float> copied(64);
+        float state = 0.0f;
+        delay->read(copied.data(), 64, at, ondo::Delay::nearest, state);
+        for (std::uint32_t i = 0; i < 64; ++i)
+        {
+            const std::uint32_t t = start + i;
+            ASSERT_EQ(run[i], t < 123 ? 0.0f : input[t - 123]) << t;
+            ASSERT_EQ(copied[i], run[i]) << t;
+        }
+        delay->advance(64);
+    }
+}
+
+TEST(Delay, NoRunWhereTheSamplesAreNotInTheLineAsTheyAre)
+{
+    auto delay = standing(ondo::Delay::nearest, 100.0f, 0.0f);
+    ondo::Ramp at;
+    at.setTarget(100.5f, true);
+    EXPECT_EQ(delay->findReadRun(16, at, ondo::Delay::linear), nullptr) << "interpolated";
+    EXPECT_NE(delay->findReadRun(16, at, ondo::Delay::nearest), nullptr) << "a tie rounds to a whole sample";
+    at.setTarget(140.0f, 1.0);
+    EXPECT_EQ(delay->findReadRun(16, at, ondo::Delay::nearest), nullptr) << "gliding";
+    moveWritePosition(*delay, delay->getRingSize() - 45);
+    at.setTarget(10.0f, true);
+    EXPECT_EQ(delay->findWriteRun(64), nullptr) << "the write crosses the ring's end";
+    EXPECT_NE(delay->findWriteRun(45), nullptr);
+    EXPECT_EQ(delay->findReadRun(64, at, ondo::Delay::nearest), nullptr) << "the read crosses the ring's end";
+}
+
 TEST(Delay, BlockCrossingTheRingsEndReadsAsOneThatDoesnt)
 {
     // Two lines alike but for the write position: one writes across the ring's end.

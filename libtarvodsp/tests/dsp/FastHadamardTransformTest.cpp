@@ -1,4 +1,5 @@
 #include "dsp/TarvoDspFastHadamardTransform.h"
+#include "math/TarvoDspWideVectors.h"
 
 #include <gtest/gtest.h>
 
@@ -150,6 +151,42 @@ TEST(FastHadamardTransform, OutOfPlaceLeavesInputAndMatchesInPlace)
         EXPECT_EQ(in.data, original);
         EXPECT_EQ(out.data, reference.data);
     }
+}
+
+// Integer samples keep every sum exact, so the scaled columns must equal the product of
+// Sylvester's matrix and the input, rounded once, times the gain: in the baseline body and in
+// the wider one.
+TEST(FastHadamardTransform, ColumnsInPlaceAreSylvestersProductTimesTheGain)
+{
+    for (bool wide : {false, true})
+    for (std::uint32_t size : {2u, 4u, 8u, 16u})
+        for (float gain : {1.0f, 0.35355339f})
+        {
+            ondo::simd::allowWideVectors(wide);
+            FastHadamardTransform t(size);
+            constexpr std::uint32_t n = 19; // whole vectors and a scalar tail in both bodies
+            Channels x(size, n, size);
+            const auto original = x.data;
+            ASSERT_TRUE(t.transformColumns(x.get(), x.get(), n, gain));
+            for (std::uint32_t r = 0; r < size; ++r)
+                for (std::uint32_t i = 0; i < n; ++i)
+                {
+                    double sum = 0.0;
+                    for (std::uint32_t c = 0; c < size; ++c)
+                        sum += sylvester(r, c) * static_cast<double>(original[c][i]);
+                    ASSERT_EQ(x.data[r][i], static_cast<float>(sum) * gain) << size << " " << r << " " << i;
+                }
+        }
+    ondo::simd::allowWideVectors(true);
+}
+
+TEST(FastHadamardTransform, ColumnsRefuseOtherSizesAndOrderings)
+{
+    Channels x(32, 4, 1);
+    const auto original = x.data;
+    EXPECT_FALSE(FastHadamardTransform(32).transformColumns(x.get(), x.get(), 4, 1.0f));
+    EXPECT_FALSE(FastHadamardTransform(8, FastHadamardTransform::sequency).transformColumns(x.get(), x.get(), 4, 1.0f));
+    EXPECT_EQ(x.data, original);
 }
 
 TEST(FastHadamardTransform, SizeOneLeavesTheChannel)

@@ -1,0 +1,52 @@
+#pragma once
+
+// Default builds target the x86-64 and arm64 baselines, so that a binary runs on any machine.
+// The few kernels that gain from wider vectors carry a second body compiled for AVX2 and
+// pick it at run time through `useWideVectors`; this is the one place that knows how.
+// AVX2 brings no FMA, so the wider bodies round every product and sum as the baseline does.
+
+#include <cstring>
+
+#if (defined(__x86_64__) || defined(__i386__)) && (defined(__GNUC__) || defined(__clang__))
+#define ONDO_WIDE_VECTORS 1
+/// Marks the body of a kernel compiled for AVX2; call it only when `useWideVectors()`.
+#define ONDO_WIDE_VECTORS_TARGET __attribute__((target("avx2")))
+#else
+#define ONDO_WIDE_VECTORS 0
+#define ONDO_WIDE_VECTORS_TARGET
+#endif
+
+/// For the helpers of a kernel: inlined into each body, so that each is compiled for the
+/// instruction set of its caller.
+#define ONDO_KERNEL_INLINE inline __attribute__((always_inline))
+
+namespace ondo::simd
+{
+/// Four and eight floats in the compilers' portable vector types: element-wise operations
+/// are the same IEEE operations as scalar. Four fill a register on the baseline (SSE on
+/// x86-64, NEON on arm64), eight in an AVX2 body.
+using Floats4 = float __attribute__((vector_size(16)));
+using Floats8 = float __attribute__((vector_size(32)));
+
+// Unaligned. Vectors pass by reference: a wide vector by value would change the baseline's ABI.
+template <typename V>
+ONDO_KERNEL_INLINE void load(V& v, const float* p)
+{
+    std::memcpy(&v, p, sizeof v);
+}
+
+template <typename V>
+ONDO_KERNEL_INLINE void store(float* p, const V& v)
+{
+    std::memcpy(p, &v, sizeof v);
+}
+
+/// Whether the AVX2 bodies run: the processor has AVX2, unless `allowWideVectors(false)`.
+/// Any thread; real-time safe (a relaxed load).
+bool useWideVectors();
+/// Lets the AVX2 bodies run where the processor has them, or keeps the baseline bodies, for
+/// tests and benchmarks that compare them. Any thread.
+void allowWideVectors(bool allowed);
+/// Whether the processor has AVX2, asked once at load.
+bool processorHasWideVectors();
+} // namespace ondo::simd
