@@ -41,6 +41,8 @@ SignalMatrix::SignalMatrix(std::uint32_t inputs, std::uint32_t outputs)
     targetGains.resize(startGains.size());
     pendingGains.resize(startGains.size());
     setRampTime(defaultRampTimeMs);
+    activeInputs.resize(inputs);
+    terms.reserve(inputs);
 }
 
 void SignalMatrix::addRamped(const float* in, float* out, std::uint32_t n, float from, float to)
@@ -131,6 +133,8 @@ void SignalMatrix::setSize(std::uint32_t inputs, std::uint32_t outputs)
         g->resize(n);
         g->clear();
     }
+    activeInputs.resize(inputs);
+    terms.reserve(inputs);
     setRampTime(defaultRampTimeMs);
     setNumberOfInputs(inputs);
     setNumberOfOutputs(outputs);
@@ -207,19 +211,33 @@ void SignalMatrix::processAdd(float** outputs, float** inputs, std::uint32_t num
     rampPosition = position;
 }
 
+std::uint32_t SignalMatrix::gatherActiveInputs()
+{
+    std::uint32_t numActive = 0;
+    for (std::uint32_t i = 0; i < numInputs; ++i)
+        if (isInletActive(i))
+            activeInputs[numActive++] = i;
+    return numActive;
+}
+
+// Output by output, the inputs in order: each output gets the same sums as input by input,
+// with the standing gains of a run of inputs added in one pass.
+
 void SignalMatrix::addStatic(float** outputs, float** inputs, std::uint32_t offset, std::uint32_t n)
 {
-    for (std::uint32_t i = 0; i < numInputs; ++i)
+    const std::uint32_t numActive = gatherActiveInputs();
+    for (std::uint32_t o = 0; o < numOutputs; ++o)
     {
-        if (!isInletActive(i))
+        if (!isOutletConnected(o))
             continue;
-        const std::size_t row = std::size_t(i) * numOutputs;
-        for (std::uint32_t o = 0; o < numOutputs; ++o)
+        for (std::uint32_t a = 0; a < numActive; ++a)
         {
-            const float g = load(targetGains, row + o);
-            if (std::fabs(g) > silentGain && isOutletConnected(o))
-                primitives::vectorAddProductConstant32(inputs[i] + offset, g, outputs[o] + offset, static_cast<int>(n));
+            const std::uint32_t i = activeInputs[a];
+            const float g = load(targetGains, std::size_t(i) * numOutputs + o);
+            if (std::fabs(g) > silentGain)
+                terms.add(inputs[i] + offset, g);
         }
+        terms.addInto(outputs[o] + offset, n);
     }
 }
 
@@ -227,28 +245,32 @@ void SignalMatrix::addSegment(float** outputs, float** inputs, std::uint32_t off
                               std::int32_t position)
 {
     const float step = rampStep;
-    for (std::uint32_t i = 0; i < numInputs; ++i)
+    const std::uint32_t numActive = gatherActiveInputs();
+    for (std::uint32_t o = 0; o < numOutputs; ++o)
     {
-        if (!isInletActive(i))
+        if (!isOutletConnected(o))
             continue;
-        const std::size_t row = std::size_t(i) * numOutputs;
-        for (std::uint32_t o = 0; o < numOutputs; ++o)
+        float* out = outputs[o] + offset;
+        for (std::uint32_t a = 0; a < numActive; ++a)
         {
-            if (!isOutletConnected(o))
-                continue;
-            const float a = load(startGains, row + o);
-            const float b = load(targetGains, row + o);
-            float d = b - a;
+            const std::uint32_t i = activeInputs[a];
+            const std::size_t index = std::size_t(i) * numOutputs + o;
+            const float start = load(startGains, index);
+            const float target = load(targetGains, index);
+            float d = target - start;
             if (std::fabs(d) <= sameGain)
             {
-                if (std::fabs(b) > silentGain)
-                    primitives::vectorAddProductConstant32(inputs[i] + offset, b, outputs[o] + offset, static_cast<int>(n));
+                if (std::fabs(target) > silentGain)
+                    terms.add(inputs[i] + offset, target);
                 continue;
             }
+            // A gliding gain adds on its own, after the standing ones before it.
+            terms.addInto(out, n);
             d *= step;
-            addRamped(inputs[i] + offset, outputs[o] + offset, n, static_cast<float>(position) * d + a,
-                      static_cast<float>(position + static_cast<std::int32_t>(n)) * d + a);
+            addRamped(inputs[i] + offset, out, n, static_cast<float>(position) * d + start,
+                      static_cast<float>(position + static_cast<std::int32_t>(n)) * d + start);
         }
+        terms.addInto(out, n);
     }
 }
 } // namespace ondo

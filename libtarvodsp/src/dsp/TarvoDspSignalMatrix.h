@@ -3,6 +3,7 @@
 #include "common/TarvoDspRelaxedAtomic.h"
 #include "containers/TarvoDspVector.h"
 #include "dsp/TarvoDspAudioProcessorWithOscInAudioInterrupt.h"
+#include "dsp/TarvoDspMixTerms.h"
 
 #include <atomic>
 #include <cstdint>
@@ -26,7 +27,8 @@ public:
 
     /// Zeroes the connected outputs, then adds the mix. Audio thread; real-time safe.
     void process(float** outputs, float** inputs, std::uint32_t numSamples) override;
-    /// Adds the mix into the outputs as they stand. Audio thread; real-time safe.
+    /// Adds the mix into the outputs as they stand; no output may be an input. Audio thread;
+    /// real-time safe.
     void processAdd(float** outputs, float** inputs, std::uint32_t numSamples);
 
     /// Control thread; real-time safe. With `immediately`, or with no ramp, the gain jumps.
@@ -55,12 +57,16 @@ private:
     template <typename Write>
     void writeGains(bool immediately, Write&& write);
     void advanceGrid();
+    /// The inlets in use, into `activeInputs`; returns how many.
+    std::uint32_t gatherActiveInputs();
     void addStatic(float** outputs, float** inputs, std::uint32_t offset, std::uint32_t n);
     void addSegment(float** outputs, float** inputs, std::uint32_t offset, std::uint32_t n, std::int32_t position);
 
     Vector<float> startGains;
     Vector<float> targetGains;
     Vector<float> pendingGains;
+    Vector<std::uint32_t> activeInputs;
+    MixTerms terms;
     RelaxedAtomic<std::int32_t> rampPosition = 0;
     RelaxedAtomic<std::int32_t> rampLength = 0;
     RelaxedAtomic<float> rampStep = 1.0f;

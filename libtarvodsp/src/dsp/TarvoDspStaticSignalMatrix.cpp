@@ -9,8 +9,10 @@
 namespace ondo
 {
 StaticSignalMatrix::StaticSignalMatrix(std::uint32_t inputs, std::uint32_t outputs)
-    : AudioProcessorWithOscInAudioInterrupt(inputs, outputs), gains(std::size_t(inputs) * outputs)
+    : AudioProcessorWithOscInAudioInterrupt(inputs, outputs), gains(std::size_t(inputs) * outputs),
+      activeInputs(inputs)
 {
+    terms.reserve(inputs);
 }
 
 void StaticSignalMatrix::setGain(std::uint32_t input, std::uint32_t output, float value)
@@ -43,17 +45,24 @@ void StaticSignalMatrix::process(float** outputs, float** inputs, std::uint32_t 
 
 void StaticSignalMatrix::processAdd(float** outputs, float** inputs, std::uint32_t numSamples)
 {
+    std::uint32_t numActive = 0;
     for (std::uint32_t i = 0; i < numInputs; ++i)
+        if (isInletActive(i))
+            activeInputs[numActive++] = i;
+    // Output by output, the inputs in order: each output gets the same sums as input by input.
+    for (std::uint32_t o = 0; o < numOutputs; ++o)
     {
-        if (!isInletActive(i))
+        if (!isOutletConnected(o))
             continue;
-        for (std::uint32_t o = 0; o < numOutputs; ++o)
+        for (std::uint32_t a = 0; a < numActive; ++a)
         {
+            const std::uint32_t i = activeInputs[a];
             const float g = getGain(i, o);
             // Silent pairs cost nothing.
-            if (std::fabs(g) > 0.0001f && isOutletConnected(o))
-                primitives::vectorAddProductConstant32(inputs[i], g, outputs[o], static_cast<int>(numSamples));
+            if (std::fabs(g) > 0.0001f)
+                terms.add(inputs[i], g);
         }
+        terms.addInto(outputs[o], numSamples);
     }
 }
 } // namespace ondo

@@ -2,6 +2,7 @@
 
 #include "containers/TarvoDspVector.h"
 #include "dsp/TarvoDspAudioProcessorWithOscInAudioInterrupt.h"
+#include "dsp/TarvoDspMixTerms.h"
 
 #include <cstdint>
 
@@ -16,7 +17,8 @@ public:
 
     /// Zeroes the connected outputs, then adds the mix. Audio thread; real-time safe.
     void process(float** outputs, float** inputs, std::uint32_t numSamples) override;
-    /// Adds the mix into the outputs as they stand. Audio thread; real-time safe.
+    /// Adds the mix into the outputs as they stand; no output may be an input. Audio thread;
+    /// real-time safe.
     void processAdd(float** outputs, float** inputs, std::uint32_t numSamples);
 
     /// Any thread; real-time safe. Heard from the next block on.
@@ -26,5 +28,7 @@ public:
 
 private:
     Vector<float> gains;
+    Vector<std::uint32_t> activeInputs;
+    MixTerms terms;
 };
 } // namespace ondo

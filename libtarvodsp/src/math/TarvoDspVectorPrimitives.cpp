@@ -172,6 +172,38 @@ Status vectorAddProductConstant32(const float* src, float value, float* dst, int
     return done;
 }
 
+Status vectorAddProductsConstant32(const float* const* srcs, const float* values, int count, float* dst, int n)
+{
+    if (const Status s = check(n, srcs, values, dst); s != done)
+        return s;
+    // A run of samples stays in registers while every source adds into it.
+    constexpr int run = 16;
+    int i = 0;
+    for (; i + run <= n; i += run)
+    {
+        float sum[run];
+        for (int j = 0; j < run; ++j)
+            sum[j] = dst[i + j];
+        for (int k = 0; k < count; ++k)
+        {
+            const float* src = srcs[k] + i;
+            const float value = values[k];
+            for (int j = 0; j < run; ++j)
+                sum[j] += src[j] * value;
+        }
+        for (int j = 0; j < run; ++j)
+            dst[i + j] = sum[j];
+    }
+    for (; i < n; ++i)
+    {
+        float sum = dst[i];
+        for (int k = 0; k < count; ++k)
+            sum += srcs[k][i] * values[k];
+        dst[i] = sum;
+    }
+    return done;
+}
+
 Status vectorAddProduct32(const float* a, const float* b, float* dst, int n)
 {
     if (const Status s = check(n, a, b, dst); s != done)

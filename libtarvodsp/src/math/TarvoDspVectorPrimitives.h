@@ -37,6 +37,10 @@ Status vectorMultiply32InPlace(const float* src, float* dst, int n);
 Status vectorMultiply64InPlace(const double* src, double* dst, int n);
 /// dst[i] += src[i] * value: the matrix mix.
 Status vectorAddProductConstant32(const float* src, float value, float* dst, int n);
+/// dst[i] += srcs[0][i] * values[0], then += srcs[1][i] * values[1], and so on: the same sums
+/// as `count` calls of `vectorAddProductConstant32` in that order, with `dst` read and written
+/// once. No source may be `dst`. A `count` of 0 leaves `dst` as it is.
+Status vectorAddProductsConstant32(const float* const* srcs, const float* values, int count, float* dst, int n);
 /// dst[i] += a[i] * b[i].
 Status vectorAddProduct32(const float* a, const float* b, float* dst, int n);
 /// A negative element becomes a quiet NaN with the sign bit set; the others go on,

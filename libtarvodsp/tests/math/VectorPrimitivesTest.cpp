@@ -182,3 +182,25 @@ TEST(VectorPrimitives, SetZeroCopyOnUnalignedPointers)
     EXPECT_EQ(copy, storage);
 }
 } // namespace
+
+TEST(VectorPrimitives, SeveralProductsAddAsTheSameSumsInOrder)
+{
+    // 37 samples cover both the runs held in registers and the tail.
+    constexpr int n = 37;
+    const auto start = seededFloats(n, 7);
+    const std::vector<std::vector<float>> sources{seededFloats(n, 8), seededFloats(n, 9), seededFloats(n, 10)};
+    const float gains[] = {0.3f, -1.7f, 0.0625f};
+    const float* pointers[] = {sources[0].data(), sources[1].data(), sources[2].data()};
+    std::vector<float> fused = start;
+    ASSERT_EQ(vectorAddProductsConstant32(pointers, gains, 3, fused.data(), n), done);
+    for (int i = 0; i < n; ++i)
+    {
+        float expected = start[i];
+        for (int k = 0; k < 3; ++k)
+            expected = expected + sources[k][i] * gains[k];
+        EXPECT_EQ(fused[i], expected) << "sample " << i;
+    }
+    std::vector<float> untouched = start;
+    EXPECT_EQ(vectorAddProductsConstant32(pointers, gains, 0, untouched.data(), n), done);
+    EXPECT_EQ(untouched, start);
+}

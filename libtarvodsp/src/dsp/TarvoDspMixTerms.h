@@ -1,0 +1,34 @@
+#pragma once
+
+#include "containers/TarvoDspVector.h"
+
+#include <cstdint>
+
+namespace ondo
+{
+/// The terms of one output of a mix, gathered in order and added in one pass, so that the
+/// output is read and written once however many inputs reach it. The sums are those of one
+/// multiply-add per term in the same order.
+class MixTerms
+{
+public:
+    /// Room for `numTerms` terms. Control thread; allocates.
+    void reserve(std::uint32_t numTerms);
+
+    /// Audio thread; real-time safe. At most as many terms as reserved.
+    void add(const float* in, float gain)
+    {
+        inputs[count] = in;
+        gains[count] = gain;
+        ++count;
+    }
+    /// Adds the gathered terms into `out` (none of their inputs) and forgets them. Audio
+    /// thread; real-time safe.
+    void addInto(float* out, std::uint32_t n);
+
+private:
+    Vector<const float*> inputs;
+    Vector<float> gains;
+    int count = 0;
+};
+} // namespace ondo
