@@ -56,6 +56,7 @@ TarvoVerb::TarvoVerb(std::uint32_t numInternals)
     early.setDelays(ondo::Vector<float>(numInternals, earlyHighest), true);
     early.setDelays(initialDelays, true);
     reverb.setAirEnabled(true);
+    earlyFoldTerms.reserve(numInternals / 2);
 }
 
 Pan::Type TarvoVerb::panningTypeFor(std::uint32_t numSpeakers)
@@ -85,6 +86,7 @@ void TarvoVerb::configure(float rate, std::uint32_t size, std::uint32_t numSourc
     sourceDirectGain.assign(numSources, ondo::Ramp());
     sourceRoomGain.assign(numSources, ondo::Ramp());
     earlyGains = std::vector<ondo::RelaxedAtomic<float>>(numInternals, 1.0f);
+    roomSendGains.resize(numSources);
 
     const Pan::Type type = panningTypeFor(numSpeakers);
     panDirect = Pan::create(numSources, numSpeakers, type, Pan::Direct);
@@ -232,10 +234,10 @@ void TarvoVerb::renderBlock(std::uint32_t n)
     vectorZero32(room[0], count);
     for (std::uint32_t i = 0; i < S; ++i)
     {
-        const float g = sourceRoomGain[i].getValue(0);
+        roomSendGains[i] = sourceRoomGain[i].getValue(0);
         sourceRoomGain[i].advance(n);
-        vectorAddProductConstant32(direct[i], g, room[0], count);
     }
+    vectorAddProductsConstant32(direct, roomSendGains.data(), static_cast<int>(S), room[0], count);
     roomFilter.process(room, room, n);
 
     // The room chain, in series: each stage feeds the next.
@@ -259,12 +261,12 @@ void TarvoVerb::renderBlock(std::uint32_t n)
     for (std::uint32_t j = 0; j < N; ++j)
         vectorMultiplyConstant32InPlace(earlyGains[j], earlyChannels[j], count);
     const float earlyFold = gE * s;
-    for (std::uint32_t i = 0; i < N; ++i)
+    for (std::uint32_t side = 0; side < 2; ++side)
     {
-        if (i < 2)
-            vectorMultiplyConstant32(earlyChannels[i], earlyFold, pair[i % 2], count);
-        else
-            vectorAddProductConstant32(earlyChannels[i], earlyFold, pair[i % 2], count);
+        vectorMultiplyConstant32(earlyChannels[side], earlyFold, pair[side], count);
+        for (std::uint32_t i = side + 2; i < N; i += 2)
+            earlyFoldTerms.add(earlyChannels[i], earlyFold);
+        earlyFoldTerms.addInto(pair[side], n);
     }
     earlyFilter.process(pair, pair, n);
     panEarly->processAdd(out, pair, n);

@@ -6,6 +6,7 @@
 #include "containers/TarvoDspVector.h"
 #include "dsp/TarvoDspAudioProcessorWithOscInAudioInterrupt.h"
 #include "dsp/TarvoDspHLShelfParameters.h"
+#include "dsp/TarvoDspMixTerms.h"
 #include "dsp/TarvoDspMultiFadedHLShelf.h"
 #include "dsp/TarvoDspRamp.h"
 #include "math/TarvoDspPoint3Array.h"
@@ -179,6 +180,10 @@ private:
     ondo::Point3Array speakerPositions;
     /// Each gain is handed to the audio thread on its own.
     std::vector<ondo::RelaxedAtomic<float>> earlyGains;
+    /// The sources' room sends of the present block.
+    ondo::Vector<float> roomSendGains;
+    /// The early channels that fold onto one side of the pair.
+    ondo::MixTerms earlyFoldTerms;
     ondo::AudioBufferReference<float> inputsReference;
     ondo::AudioBufferReference<float> outputsReference;
 };
