@@ -14,7 +14,7 @@ constexpr float delaySpanMs = 60.0f;
 Cluster::Cluster(std::uint32_t numChannels)
     : AudioProcessorWithOscInAudioInterrupt(numChannels, numChannels),
       delays(std::make_unique<ondo::MultiDelayEconomy>(numChannels, maximumDelayMs)), shuffle(numChannels),
-      buffer(numChannels, defaultBufferSize)
+      buffer(numChannels, defaultBufferSize), writeRuns(numChannels)
 {
     setup(sampleRate, bufferSize, true);
     delays->setInterpolationMode(ondo::Delay::nearest);
@@ -29,8 +29,32 @@ void Cluster::process(float** outputs, float** inputs, std::uint32_t numSamples)
 {
     if (numSamples != buffer.getNumSamples())
         buffer.setSize(numInputs, numSamples);
+    if (findWriteRuns(numSamples))
+    {
+        // The mix lands in the lines themselves: no block copy on the way in.
+        shuffle.process(writeRuns.data(), inputs, numSamples);
+        for (std::uint32_t c = 0; c < numInputs; ++c)
+            delays->getChannel(c).processWritten(outputs[c], numSamples);
+        return;
+    }
     shuffle.process(buffer.getChannels(), inputs, numSamples);
     delays->process(outputs, buffer.getChannels(), numSamples);
+}
+
+bool Cluster::findWriteRuns(std::uint32_t n)
+{
+    if (n > ondo::Delay::maximumBlockSize)
+        return false;
+    for (std::uint32_t c = 0; c < numInputs; ++c)
+    {
+        // A line its processor would mute is left to that processor.
+        if (!delays->isInletActive(c) || !delays->isOutletConnected(c))
+            return false;
+        writeRuns[c] = delays->getChannel(c).findWriteRun(n);
+        if (writeRuns[c] == nullptr)
+            return false;
+    }
+    return true;
 }
 
 void Cluster::setSampleRate(float rate)

@@ -40,8 +40,12 @@ public:
     ondo::Vector<float> getDelays() const;
 
 private:
+    /// Where each line takes the block in one run, into `writeRuns`; false when a line can't.
+    bool findWriteRuns(std::uint32_t n);
+
     std::unique_ptr<ondo::MultiDelayEconomy> delays;
     Shuffle shuffle;
     ondo::AudioBuffer<float> buffer;
+    ondo::Vector<float*> writeRuns;
 };
 } // namespace Quor

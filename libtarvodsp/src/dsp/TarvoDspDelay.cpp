@@ -220,11 +220,16 @@ void Delay::process(float** outputs, float** inputs, std::uint32_t numSamples)
         const std::uint32_t n = std::min(numSamples - start, maximumBlockSize);
         // Write before reading, so that a delay of 0 passes the current input through.
         write(inputs[0] + start, n);
-        float state = allpassState;
-        read(outputs[0] + start, n, delayRamp, interpolationMode, state);
-        allpassState = state;
-        advance(n);
+        processWritten(outputs[0] + start, n);
     }
+}
+
+void Delay::processWritten(float* output, std::uint32_t n)
+{
+    float state = allpassState;
+    read(output, n, delayRamp, interpolationMode, state);
+    allpassState = state;
+    advance(n);
 }
 
 void Delay::setSampleRate(float rate)
@@ -367,7 +372,9 @@ void Delay::readFixed(float* output, std::uint32_t n, float delay, Interpolation
     while (done < n)
     {
         const auto run = static_cast<std::uint32_t>(std::min<std::uint64_t>(n - done, ringSize - index));
-        refreshGuards();
+        // Only the interpolators reach past a run's ends into the guards.
+        if (!roundsToWholeSamples(mode))
+            refreshGuards();
         const float* x = buffer.data() + guard + index;
         float* y = output + done;
         switch (mode)

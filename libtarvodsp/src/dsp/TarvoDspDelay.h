@@ -50,6 +50,10 @@ public:
     /// Writes the block, reads it back at the delay, advances. A delay of 0 passes the
     /// block through. Audio thread; real-time safe.
     void process(float** outputs, float** inputs, std::uint32_t numSamples) override;
+    /// The rest of `process` for a block of `n` (at most `maximumBlockSize`) samples already
+    /// put in the line (through `findWriteRun`): reads it back at the delay and advances.
+    /// Audio thread; real-time safe.
+    void processWritten(float* output, std::uint32_t n);
     /// Keeps the delay in samples; empties the line. Control thread, between blocks; allocates.
     void setSampleRate(float rate) override;
     /// Resizes the ramp scratch and empties the line. Control thread, between blocks; allocates.

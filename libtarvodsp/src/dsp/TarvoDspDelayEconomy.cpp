@@ -15,6 +15,13 @@ void DelayEconomy::process(float** outputs, float** inputs, std::uint32_t numSam
     delay.process(outputs, inputs, numSamples);
 }
 
+void DelayEconomy::processWritten(float* output, std::uint32_t numSamples)
+{
+    if (economyEnabled)
+        Delay::economise(delay.interpolationMode, delay.delayRamp);
+    delay.processWritten(output, numSamples);
+}
+
 void DelayEconomy::setDelay(float ms, bool immediate)
 {
     delay.setDelay(ms, immediate);

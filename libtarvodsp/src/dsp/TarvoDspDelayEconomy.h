@@ -17,6 +17,12 @@ public:
 
     /// Applies the economy rule, then runs the line. Audio thread; real-time safe.
     void process(float** outputs, float** inputs, std::uint32_t numSamples) override;
+    /// Where the line would take the next `n` samples in one run, else null; the owner that
+    /// builds them there calls `processWritten` instead of `process`. Audio thread; real-time
+    /// safe.
+    float* findWriteRun(std::uint32_t n) { return delay.findWriteRun(n); }
+    /// `process` for a block already in the line. Audio thread; real-time safe.
+    void processWritten(float* output, std::uint32_t numSamples);
     /// Control thread, between blocks; allocates.
     void setSampleRate(float rate) override { delay.changeSampleRate(rate); }
     void setBufferSize(std::uint32_t size) override { delay.changeBufferSize(size); }

@@ -108,3 +108,23 @@ TEST_F(DelayEconomyTest, ProcessAllocatesNothing)
     EXPECT_EQ(scope.count(), 0u);
 }
 } // namespace
+
+TEST_F(DelayEconomyTest, BlockBuiltInTheLineReadsBackAsProcessWouldGiveIt)
+{
+    // x[n] = n delayed by 10 samples is n - 10. Blocks of 64 always fit before the end of a
+    // ring of 2^k samples; 600 of them wrap it.
+    line.setDelayInSamples(10.0f, true);
+    next();
+    std::vector<float> o(64);
+    for (int block = 0; block < 600; ++block)
+    {
+        float* run = line.findWriteRun(64);
+        ASSERT_NE(run, nullptr) << "block " << block;
+        for (int i = 0; i < 64; ++i)
+            run[i] = static_cast<float>(clock + i);
+        line.processWritten(o.data(), 64);
+        for (int i = 0; i < 64; ++i)
+            ASSERT_EQ(o[i], static_cast<float>(clock + i - 10)) << "block " << block << " sample " << i;
+        clock += 64;
+    }
+}
