@@ -14,7 +14,10 @@ void BiquadIPP::filter(float* out, const float* in, int numSamples)
     if (isGainOnly)
     {
         primitives::vectorMultiplyConstant32(in, taps[0], out, numSamples);
-        state->setDelayLine(nullptr);
+        // A later section starts from silence, not from the memory of an earlier one.
+        if (!memoryIsSilent)
+            state->setDelayLine(nullptr);
+        memoryIsSilent = true;
         return;
     }
     state->process(in, out, numSamples);
@@ -32,5 +35,6 @@ void BiquadIPP::setCoefficients(const BiquadCoefficients& newCoefficients)
     coefficients.toFloats(taps.data());
     state->install(taps.data());
     isGainOnly = coefficients.isGainOnly();
+    memoryIsSilent = false;
 }
 } // namespace ondo

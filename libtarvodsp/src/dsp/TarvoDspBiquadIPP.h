@@ -35,7 +35,11 @@ public:
     /// The taps in force, six floats (a0 = 1) and the delay line: for the side-by-side
     /// kernel of several channels.
     const float* getTaps() const { return taps.data(); }
-    BiquadSections& getState() { return *state; }
+    BiquadSections& getState()
+    {
+        memoryIsSilent = false;
+        return *state;
+    }
 
 private:
     BiquadCoefficients coefficients;
@@ -43,5 +47,7 @@ private:
     Vector<float> taps;
     Vector<float> scratch;
     bool isGainOnly = true;
+    /// The delay line is known to hold zeros: a plain gain leaves it so, block after block.
+    bool memoryIsSilent = false;
 };
 } // namespace ondo
