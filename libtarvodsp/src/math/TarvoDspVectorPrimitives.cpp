@@ -1,11 +1,14 @@
 #include "math/TarvoDspVectorPrimitives.h"
 
+#include "math/TarvoDspWideVectors.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
 
-// Plain loops: the compiler vectorises them at -O3 without any intrinsic.
+// Plain loops: the compiler vectorises them at -O3 without any intrinsic. The one kernel
+// that holds a run in registers spells its vectors out, with a wider body for AVX2.
 
 namespace ondo::primitives
 {
@@ -115,6 +118,50 @@ Status dot(const T* a, const T* b, int n, T* result)
     *result = static_cast<T>(sum);
     return done;
 }
+/// The sums of `vectorAddProductsConstant32` over whole runs of four vectors, which stay in
+/// registers while every source adds into them; returns where the runs end.
+template <typename V>
+ONDO_KERNEL_INLINE int addProductsInRuns(const float* const* srcs, const float* values, int count, float* dst, int n)
+{
+    constexpr int width = static_cast<int>(sizeof(V) / sizeof(float));
+    constexpr int run = 4 * width;
+    int i = 0;
+    for (; i + run <= n; i += run)
+    {
+        V s0, s1, s2, s3;
+        simd::load(s0, dst + i);
+        simd::load(s1, dst + i + width);
+        simd::load(s2, dst + i + 2 * width);
+        simd::load(s3, dst + i + 3 * width);
+        for (int k = 0; k < count; ++k)
+        {
+            const float* src = srcs[k] + i;
+            const float value = values[k];
+            V x0, x1, x2, x3;
+            simd::load(x0, src);
+            simd::load(x1, src + width);
+            simd::load(x2, src + 2 * width);
+            simd::load(x3, src + 3 * width);
+            s0 += x0 * value;
+            s1 += x1 * value;
+            s2 += x2 * value;
+            s3 += x3 * value;
+        }
+        simd::store(dst + i, s0);
+        simd::store(dst + i + width, s1);
+        simd::store(dst + i + 2 * width, s2);
+        simd::store(dst + i + 3 * width, s3);
+    }
+    return i;
+}
+
+#if ONDO_WIDE_VECTORS
+ONDO_WIDE_VECTORS_TARGET int addProductsInRunsWide(const float* const* srcs, const float* values, int count,
+                                                   float* dst, int n)
+{
+    return addProductsInRuns<simd::Floats8>(srcs, values, count, dst, n);
+}
+#endif
 } // namespace
 
 Status vectorSet32(float value, float* dst, int n) { return set(value, dst, n); }
@@ -176,24 +223,13 @@ Status vectorAddProductsConstant32(const float* const* srcs, const float* values
 {
     if (const Status s = check(n, srcs, values, dst); s != done)
         return s;
-    // A run of samples stays in registers while every source adds into it.
-    constexpr int run = 16;
     int i = 0;
-    for (; i + run <= n; i += run)
-    {
-        float sum[run];
-        for (int j = 0; j < run; ++j)
-            sum[j] = dst[i + j];
-        for (int k = 0; k < count; ++k)
-        {
-            const float* src = srcs[k] + i;
-            const float value = values[k];
-            for (int j = 0; j < run; ++j)
-                sum[j] += src[j] * value;
-        }
-        for (int j = 0; j < run; ++j)
-            dst[i + j] = sum[j];
-    }
+#if ONDO_WIDE_VECTORS
+    if (simd::useWideVectors())
+        i = addProductsInRunsWide(srcs, values, count, dst, n);
+    else
+#endif
+        i = addProductsInRuns<simd::Floats4>(srcs, values, count, dst, n);
     for (; i < n; ++i)
     {
         float sum = dst[i];

@@ -1,4 +1,5 @@
 #include "math/TarvoDspVectorPrimitives.h"
+#include "math/TarvoDspWideVectors.h"
 
 #include <gtest/gtest.h>
 
@@ -185,22 +186,27 @@ TEST(VectorPrimitives, SetZeroCopyOnUnalignedPointers)
 
 TEST(VectorPrimitives, SeveralProductsAddAsTheSameSumsInOrder)
 {
-    // 37 samples cover both the runs held in registers and the tail.
+    // 37 samples cover both the runs held in registers and the tail, in either body.
     constexpr int n = 37;
     const auto start = seededFloats(n, 7);
     const std::vector<std::vector<float>> sources{seededFloats(n, 8), seededFloats(n, 9), seededFloats(n, 10)};
     const float gains[] = {0.3f, -1.7f, 0.0625f};
     const float* pointers[] = {sources[0].data(), sources[1].data(), sources[2].data()};
-    std::vector<float> fused = start;
-    ASSERT_EQ(vectorAddProductsConstant32(pointers, gains, 3, fused.data(), n), done);
-    for (int i = 0; i < n; ++i)
+    for (const bool wide : {false, true})
     {
-        float expected = start[i];
-        for (int k = 0; k < 3; ++k)
-            expected = expected + sources[k][i] * gains[k];
-        EXPECT_EQ(fused[i], expected) << "sample " << i;
+        ondo::simd::allowWideVectors(wide);
+        std::vector<float> fused = start;
+        ASSERT_EQ(vectorAddProductsConstant32(pointers, gains, 3, fused.data(), n), done);
+        for (int i = 0; i < n; ++i)
+        {
+            float expected = start[i];
+            for (int k = 0; k < 3; ++k)
+                expected = expected + sources[k][i] * gains[k];
+            EXPECT_EQ(fused[i], expected) << "sample " << i << (wide ? ", wide body" : "");
+        }
+        std::vector<float> untouched = start;
+        EXPECT_EQ(vectorAddProductsConstant32(pointers, gains, 0, untouched.data(), n), done);
+        EXPECT_EQ(untouched, start);
     }
-    std::vector<float> untouched = start;
-    EXPECT_EQ(vectorAddProductsConstant32(pointers, gains, 0, untouched.data(), n), done);
-    EXPECT_EQ(untouched, start);
+    ondo::simd::allowWideVectors(true);
 }
