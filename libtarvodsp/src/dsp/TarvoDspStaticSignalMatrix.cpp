@@ -29,12 +29,6 @@ void StaticSignalMatrix::setGainsForInput(std::uint32_t input, const float* valu
         setGain(input, o, values[o]);
 }
 
-float StaticSignalMatrix::getGain(std::uint32_t input, std::uint32_t output) const
-{
-    return std::atomic_ref<float>(const_cast<float&>(gains[std::size_t(input) * numOutputs + output]))
-        .load(std::memory_order_relaxed);
-}
-
 void StaticSignalMatrix::process(float** outputs, float** inputs, std::uint32_t numSamples)
 {
     for (std::uint32_t o = 0; o < numOutputs; ++o)

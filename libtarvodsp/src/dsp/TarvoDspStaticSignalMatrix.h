@@ -4,6 +4,7 @@
 #include "dsp/TarvoDspAudioProcessorWithOscInAudioInterrupt.h"
 #include "dsp/TarvoDspMixTerms.h"
 
+#include <atomic>
 #include <cstdint>
 
 namespace ondo
@@ -24,7 +25,11 @@ public:
     /// Any thread; real-time safe. Heard from the next block on.
     void setGain(std::uint32_t input, std::uint32_t output, float value);
     void setGainsForInput(std::uint32_t input, const float* values);
-    float getGain(std::uint32_t input, std::uint32_t output) const;
+    float getGain(std::uint32_t input, std::uint32_t output) const
+    {
+        return std::atomic_ref<float>(const_cast<float&>(gains[std::size_t(input) * numOutputs + output]))
+            .load(std::memory_order_relaxed);
+    }
 
 private:
     Vector<float> gains;
