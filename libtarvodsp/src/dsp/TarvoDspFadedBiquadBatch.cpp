@@ -47,10 +47,13 @@ void FadedBiquadBatch::reserve(std::uint32_t numChannels)
 
 void FadedBiquadBatch::add(FadedBiquad& filter, float* out, const float* in, std::uint32_t numSamples)
 {
-    if (BiquadIPP* steady = steadySection(filter))
-        single.push(steady, nullptr, out, in);
-    else
+    BiquadIPP* alone = filter.beginBlock();
+    if (alone == nullptr)
         filter.runBlock(out, in, numSamples);
+    else if (alone->isGainOnlySection())
+        alone->filter(out, in, static_cast<int>(numSamples)); // what `runBlock` would run, at once
+    else
+        single.push(alone, nullptr, out, in);
 }
 
 void FadedBiquadBatch::add(FadedBiquad& first, FadedBiquad& second, float* out, const float* in,
