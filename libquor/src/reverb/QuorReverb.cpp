@@ -1,5 +1,6 @@
 #include "reverb/QuorReverb.h"
 
+#include "containers/TarvoDspBlockPieces.h"
 #include "math/TarvoDspVectorPrimitives.h"
 #include "math/TarvoDspWideVectors.h"
 
@@ -152,15 +153,8 @@ void Reverb::process(float** outputs, float** inputs, std::uint32_t numSamples)
         decayRamp.advance(numSamples);
         updateDecay(false);
     }
-    const std::uint32_t limit = getChunkLimit();
-    for (std::uint32_t start = 0; start < numSamples;)
-    {
-        const std::uint32_t n = std::min(limit, numSamples - start);
-        inputsReference.refer(inputs, numChannels, n, start);
-        outputsReference.refer(outputs, numChannels, n, start);
-        runChunk(n);
-        start += n;
-    }
+    ondo::forEachPiece(inputsReference, inputs, numChannels, outputsReference, outputs, numChannels, numSamples,
+                       getChunkLimit(), [this](std::uint32_t n) { runChunk(n); });
 }
 
 void Reverb::runChunk(std::uint32_t n)

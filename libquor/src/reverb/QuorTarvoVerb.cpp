@@ -1,5 +1,6 @@
 #include "reverb/QuorTarvoVerb.h"
 
+#include "containers/TarvoDspBlockPieces.h"
 #include "math/TarvoDspVectorPrimitives.h"
 
 #include <algorithm>
@@ -190,15 +191,9 @@ void TarvoVerb::clear()
 void TarvoVerb::process(float** outputs, float** inputs, std::uint32_t numSamples)
 {
     // Blocks longer than the buffers are served in pieces, so nothing is ever written past them.
-    const auto capacity = static_cast<std::uint32_t>(std::max<std::uint64_t>(directBuffer.getNumSamples(), 1));
-    for (std::uint32_t start = 0; start < numSamples;)
-    {
-        const std::uint32_t n = std::min(capacity, numSamples - start);
-        inputsReference.refer(inputs, numInputs, n, start);
-        outputsReference.refer(outputs, numOutputs, n, start);
-        renderBlock(n);
-        start += n;
-    }
+    const auto capacity = static_cast<std::uint32_t>(directBuffer.getNumSamples());
+    ondo::forEachPiece(inputsReference, inputs, numInputs, outputsReference, outputs, numOutputs, numSamples, capacity,
+                       [this](std::uint32_t n) { renderBlock(n); });
 }
 
 void TarvoVerb::renderBlock(std::uint32_t n)
