@@ -58,14 +58,14 @@ void appendUtf8(String& out, std::uint32_t c)
     }
 }
 
-/// The code point of "#65" or "#x41", or 0 when the digits are missing, wrong, or name no
-/// character XML can hold.
-std::uint32_t numericEntity(const String& name)
+/// The code point of "#65" or "#x41", or -1 when the digits are missing or wrong, or name
+/// no Unicode character. "&#0;" is read, as the writer writes a zero byte so.
+std::int64_t numericEntity(const String& name)
 {
     const bool hex = name.size() > 1 && (name[1] == 'x' || name[1] == 'X');
     const std::size_t first = hex ? 2 : 1;
     if (name.size() <= first)
-        return 0;
+        return -1;
     std::uint32_t value = 0;
     for (std::size_t i = first; i < name.size(); ++i)
     {
@@ -78,12 +78,12 @@ std::uint32_t numericEntity(const String& name)
         else if (hex && c >= 'A' && c <= 'F')
             digit = c - 'A' + 10;
         else
-            return 0;
+            return -1;
         value = value * (hex ? 16u : 10u) + static_cast<std::uint32_t>(digit);
         if (value > 0x10FFFF)
-            return 0;
+            return -1;
     }
-    return value >= 0xD800 && value <= 0xDFFF ? 0 : value;
+    return value >= 0xD800 && value <= 0xDFFF ? -1 : static_cast<std::int64_t>(value);
 }
 } // namespace
 
@@ -406,11 +406,11 @@ std::pair<String, bool> XmlDocument::readEntity(const String& text, std::size_t&
         return {">", false};
     if (!name.empty() && name[0] == '#')
     {
-        const std::uint32_t c = numericEntity(name);
-        if (c == 0)
+        const std::int64_t c = numericEntity(name);
+        if (c < 0)
             fail("illegal escape sequence");
         String out;
-        appendUtf8(out, c);
+        appendUtf8(out, static_cast<std::uint32_t>(c));
         return {out, false};
     }
     const auto token = tokens.find(name);

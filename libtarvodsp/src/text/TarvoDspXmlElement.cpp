@@ -22,13 +22,14 @@ bool keptAsIs(unsigned char c)
            std::strchr(" !#$%'()*+,-./:;=?@[\\]^_`{|}~", c) != nullptr;
 }
 
-/// The code point of the UTF-8 sequence at `i`, advancing `i`; a byte that does not start a
-/// well-formed sequence stands for itself, so that nothing is dropped.
+/// The code point of the UTF-8 sequence at `i`, advancing `i`. A byte that does not start a
+/// well-formed sequence of a character XML can reference stands for itself, so that nothing
+/// is dropped and every reference written reads back.
 std::uint32_t nextCodePoint(const String& text, std::size_t& i)
 {
     const auto lead = static_cast<unsigned char>(text[i++]);
-    const int continuation = lead >= 0xF0 && lead < 0xF8 ? 3 : lead >= 0xE0 ? 2 : lead >= 0xC2 && lead < 0xE0 ? 1 : 0;
-    if (lead < 0x80 || continuation == 0 || i + static_cast<std::size_t>(continuation) > text.size())
+    const int continuation = lead >= 0xF0 && lead < 0xF5 ? 3 : lead >= 0xE0 && lead < 0xF0 ? 2 : lead >= 0xC2 && lead < 0xE0 ? 1 : 0;
+    if (continuation == 0 || i + static_cast<std::size_t>(continuation) > text.size())
         return lead;
     std::uint32_t value = lead & (0x3Fu >> continuation);
     for (int k = 0; k < continuation; ++k)
@@ -38,6 +39,9 @@ std::uint32_t nextCodePoint(const String& text, std::size_t& i)
             return lead;
         value = (value << 6) | (c & 0x3F);
     }
+    constexpr std::uint32_t smallest[] = {0, 0x80, 0x800, 0x10000};
+    if (value < smallest[continuation] || value > 0x10FFFF || (value >= 0xD800 && value <= 0xDFFF))
+        return lead;
     i += static_cast<std::size_t>(continuation);
     return value;
 }

@@ -103,7 +103,11 @@ TEST(XmlWriter, HeaderCommentIndentationAndLineLimit)
     EXPECT_EQ(flat.createDocument("<!DOCTYPE a>", true), "<?xml version=\"1.0\" encoding=\"UTF-8\"?><!DOCTYPE a><a b=\"1\"><c>x</c></a>");
 
     EXPECT_EQ(XmlElement::escapeText("a\"&<>'\t\x01\xC3\xA9\xE2\x82\xAC z"), "a&quot;&amp;&lt;&gt;'&#9;&#1;&#233;&#8364; z");
-    EXPECT_EQ(XmlElement::escapeText("\xFF\xC3"), "&#255;&#195;") << "broken UTF-8 keeps its bytes";
+    EXPECT_EQ(XmlElement::escapeText("\xFF\xC3\xED\xA0\x80"), "&#255;&#195;&#237;&#160;&#128;")
+        << "broken UTF-8 and surrogates keep their bytes";
+    XmlElement zero("z");
+    zero.addTextElement(std::string("a\0b", 3));
+    EXPECT_EQ(XmlDocument::parse(zero.createDocument())->getText(), std::string("a\0b", 3)) << "a zero byte reads back";
 
     testing_files::TemporaryFolder folder;
     EXPECT_FALSE(root->writeToFile(ondo::File(folder.str()))) << "a folder is not written over";
@@ -192,7 +196,6 @@ TEST(XmlDocument, MalformedDocumentsSayWhy)
         {"<a>&foo;</a>", "illegal escape sequence"},
         {"<a>&amp</a>", "illegal escape sequence"},
         {"<a>&#xZZ;</a>", "illegal escape sequence"},
-        {"<a>&#0;</a>", "illegal escape sequence"},
         {"<a>&#x110000;</a>", "illegal escape sequence"},
         {"<a>&#xD800;</a>", "illegal escape sequence"},
         {"<a x='&bar;'/>", "illegal escape sequence"},
@@ -248,8 +251,8 @@ TEST(XmlElement, ChildrenAndAttributes)
     EXPECT_EQ(a->getAttributeName(5), "");
 
     // Siblings are released one by one: a long list does not recurse in its destructor.
-    for (int i = 0; i < 300000; ++i)
+    for (int i = 0; i < 200000; ++i)
         a->createNewChildElement("x");
-    EXPECT_EQ(a->getNumChildElements(), 300000);
+    EXPECT_EQ(a->getNumChildElements(), 200000);
 }
 } // namespace
