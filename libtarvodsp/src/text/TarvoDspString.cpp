@@ -15,16 +15,28 @@ bool isBlank(char c)
     return std::isspace(static_cast<unsigned char>(c)) != 0;
 }
 
-String formatShortest(double value, int maximumDigits)
+String formatShortest(double value, bool asFloat)
 {
-    // The fewest significant digits that give the value back, as "%g" writes them.
+    if (std::isnan(value))
+        return "nan"; // printf may write "-nan"; the sign of a NaN means nothing to a reader
+    if (std::isinf(value))
+        return value < 0 ? "-inf" : "inf";
+    // The fewest significant digits that give the value back...
+    const int maximumDigits = asFloat ? 9 : 17;
     char text[64];
-    for (int digits = 1; digits <= maximumDigits; ++digits)
+    int digits = 1;
+    for (; digits < maximumDigits; ++digits)
     {
         std::snprintf(text, sizeof text, "%.*g", digits, value);
-        if (maximumDigits == 9 ? std::strtof(text, nullptr) == static_cast<float>(value) : std::strtod(text, nullptr) == value)
-            return text;
+        if (asFloat ? std::strtof(text, nullptr) == static_cast<float>(value) : std::strtod(text, nullptr) == value)
+            break;
     }
+    // ...written with at least the six digits of plain "%g", so that "%g" only turns to the
+    // exponent form where it would by default: 100 stays "100", 1e-07 and 1e+20 do not.
+    // Reprinting the short decimal, not the value, keeps the extra digits zero (and trimmed).
+    std::snprintf(text, sizeof text, "%.*g", digits, value);
+    const double shortest = std::strtod(text, nullptr);
+    std::snprintf(text, sizeof text, "%.*g", std::max(digits, 6), shortest);
     return text;
 }
 } // namespace
@@ -33,8 +45,8 @@ String StringHelper::toString(std::int32_t value) { return std::to_string(value)
 String StringHelper::toString(std::int64_t value) { return std::to_string(value); }
 String StringHelper::toString(std::uint32_t value) { return std::to_string(value); }
 String StringHelper::toString(std::uint64_t value) { return std::to_string(value); }
-String StringHelper::toString(float value) { return formatShortest(value, 9); }
-String StringHelper::toString(double value) { return formatShortest(value, 17); }
+String StringHelper::toString(float value) { return formatShortest(value, true); }
+String StringHelper::toString(double value) { return formatShortest(value, false); }
 String StringHelper::toString(bool value) { return value ? "true" : "false"; }
 
 int StringHelper::toInt(const String& text)
@@ -53,6 +65,10 @@ bool StringHelper::isNumber(const String& text)
     if (t.empty())
         return false;
     std::size_t i = (t[0] == '+' || t[0] == '-') ? 1 : 0;
+    // The words that number-to-text writes for the values without digits read back as numbers.
+    const String word = toLowerCase(t.substr(i));
+    if (word == "inf" || word == "infinity" || word == "nan")
+        return true;
     if (t.size() > i + 2 && t[i] == '0' && (t[i + 1] == 'x' || t[i + 1] == 'X'))
         return std::all_of(t.begin() + static_cast<std::ptrdiff_t>(i + 2), t.end(),
                            [](char c) { return std::isxdigit(static_cast<unsigned char>(c)) != 0; });
@@ -218,6 +234,40 @@ std::vector<String> StringHelper::split(const String& text, const String& separa
         position = found + separator.size();
     }
     return parts;
+}
+
+std::vector<String> StringHelper::splitQuoted(const String& text, char quote)
+{
+    std::vector<String> tokens;
+    String token;
+    const auto flush = [&] {
+        String trimmed = trim(token);
+        if (!trimmed.empty())
+            tokens.push_back(std::move(trimmed));
+        token.clear();
+    };
+    for (std::size_t i = 0; i < text.size(); ++i)
+    {
+        const char c = text[i];
+        if (c == quote)
+        {
+            // A quote with a partner further on holds everything up to it in this token; a
+            // lone quote is an ordinary character.
+            const std::size_t closing = text.find(quote, i + 1);
+            if (closing != String::npos)
+            {
+                token.append(text, i, closing - i + 1);
+                i = closing;
+                continue;
+            }
+        }
+        if (isBlank(c))
+            flush();
+        else
+            token += c;
+    }
+    flush();
+    return tokens;
 }
 
 String StringHelper::join(const std::vector<String>& parts, const String& separator)

@@ -9,7 +9,7 @@ namespace ondo
 /// The library's text string.
 using String = std::string;
 
-/// Pure helpers on strings, shared by every subsystem.
+/// Pure helpers on strings, shared by every subsystem. Any thread; most allocate.
 class StringHelper
 {
 public:
@@ -19,7 +19,8 @@ public:
     static String toString(std::int64_t value);
     static String toString(std::uint32_t value);
     static String toString(std::uint64_t value);
-    /// The shortest text a "%g"-like format gives.
+    /// The fewest significant digits that read back as the same value, in the form "%g" gives
+    /// them: 100 -> "100", 0.1 -> "0.1", 1e-07 and 1e+20 in exponent form; "nan", "inf", "-inf".
     static String toString(float value);
     static String toString(double value);
     /// "true" or "false".
@@ -29,7 +30,8 @@ public:
     static int toInt(const String& text);
     /// As atof.
     static double toFloat(const String& text);
-    /// A decimal number (sign, digits, point, exponent) or hexadecimal with "0x".
+    /// A decimal number (sign, digits, point, exponent), hexadecimal with "0x", or one of the
+    /// words "inf", "infinity", "nan" (any case, optional sign) that number-to-text writes.
     static bool isNumber(const String& text);
     /// A number whose value is whole: "1e3" is one.
     static bool isInteger(const String& text);
@@ -63,6 +65,9 @@ public:
 
     /// Cuts at each `separator`; empty parts are kept only with `keepEmpty`.
     static std::vector<String> split(const String& text, const String& separator, bool keepEmpty = false);
+    /// Cuts at blanks, except inside a stretch between two `quote` characters, which stays in
+    /// its token with its quotes. Tokens are trimmed; empty ones are dropped.
+    static std::vector<String> splitQuoted(const String& text, char quote = '\'');
     static String join(const std::vector<String>& parts, const String& separator);
 };
 } // namespace ondo
