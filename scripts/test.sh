@@ -5,7 +5,7 @@
 # in an optimised build.
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
-bash "$root/scripts/setup.sh" faust libxml2-utils
+bash "$root/scripts/setup.sh" faust libxml2-utils liblo-dev pkg-config
 jobs="$(nproc)"
 
 echo "== thread sanitizer, concurrency tests"
