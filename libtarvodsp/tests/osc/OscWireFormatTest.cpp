@@ -101,6 +101,17 @@ TEST(OscWireFormat, DeliberateDeparturesFromOsc)
     ASSERT_EQ(cut.size(), 1u);
     EXPECT_EQ(cut[0].getMessage(), OSCMessage("/abc"));
 
+    // The same test refuses an empty blob that ends a packet: (0 + 3) mod 4 = 3 bytes are
+    // asked for where none are left. The fuzzer found it: a negative size read as empty there.
+    const std::string emptyBlobLast = "/ab\0,ifsTFib\0\0\0\0\0\0\0\x01\x3F\x80\0\x08hi\x01\0\xFF\x30\xB7\xFF\xFF\x62\0\x30"s;
+    const OSCBundle withEmptyBlob = read(emptyBlobLast);
+    EXPECT_TRUE(withEmptyBlob[0].getMessage().getArgument(6).getBlob().empty());
+    EXPECT_THROW(read(write(withEmptyBlob)), ondo::Exception);
+    OSCMessage emptyBlob("/a");
+    emptyBlob.addArgument(OSCArgument(OSCArgument::Blob{}));
+    EXPECT_EQ(write(emptyBlob), "/a\0\0,b\0\0\0\0\0\0"s);
+    EXPECT_THROW(read(write(emptyBlob)), ondo::Exception);
+
     // I and N pass the tag check but have no binary form: reading and writing refuse them.
     OSCMessage nil("/a");
     nil.addArgument(OSCArgument::withoutValue('N'));
