@@ -2,10 +2,12 @@
 
 #include "math/TarvoDspDenormals.h"
 #include "math/TarvoDspVectorPrimitives.h"
+#include "text/TarvoDspString.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <ostream>
 
 namespace ondo
 {
@@ -185,5 +187,18 @@ void AudioProcessorBase::perform(double** outputs, double** inputs, std::uint32_
                  numInputs == 0 ? nullptr : inputConversion.getChannels(), numSamples);
     for (std::uint32_t c = 0; c < numOutputs; ++c)
         primitives::vectorConvert32To64(outputConversion[c], outputs[c], n);
+}
+
+std::ostream& operator<<(std::ostream& stream, const AudioProcessorBase& processor)
+{
+    stream << "samplerate           : " << StringHelper::toString(processor.getSampleRate()) << '\n';
+    stream << "buffersize           : " << processor.getBufferSize() << '\n';
+    const std::uint32_t latency = processor.getLatencyInForce();
+    if (latency != 0)
+        stream << "latency              : " << latency << " samples = "
+               << StringHelper::toString(latency * 1000.0 / processor.getSampleRate()) << '\n';
+    else
+        stream << "latency              : 0\n";
+    return stream;
 }
 } // namespace ondo

@@ -4,6 +4,7 @@
 #include "containers/TarvoDspVector.h"
 
 #include <cstdint>
+#include <iosfwd>
 #include <string>
 #include <vector>
 
@@ -121,4 +122,8 @@ private:
     template <typename Sample>
     void muteChannels(Sample** outputs, std::uint32_t numSamples);
 };
+
+/// The processor as text, one item a line: sample rate, buffer size, and the latency in force
+/// as "N samples = ms" (milliseconds as a plain number), or 0. Allocates.
+std::ostream& operator<<(std::ostream& stream, const AudioProcessorBase& processor);
 } // namespace ondo

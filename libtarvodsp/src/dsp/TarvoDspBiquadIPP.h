@@ -35,7 +35,7 @@ public:
     /// The taps in force, six floats (a0 = 1) and the delay line: for the side-by-side
     /// kernel of several channels.
     const float* getTaps() const { return taps.data(); }
-    BiquadSections& getState()
+    BiquadSections& getSections()
     {
         memoryIsSilent = false;
         return *state;

@@ -79,7 +79,7 @@ struct Lanes
             }
             // Taps are installed with a0 = 1, so the primitive holds exactly these values.
             const float* t = filters[l]->getTaps();
-            const float* line = filters[l]->getState().getDelayLine();
+            const float* line = filters[l]->getSections().getDelayLine();
             const float values[7] = {t[0], t[1], t[2], t[4], t[5], line[0], line[1]};
             for (int k = 0; k < 7; ++k)
                 c[k][l] = values[k];
@@ -101,7 +101,7 @@ struct Lanes
         for (int l = 0; l < used; ++l)
         {
             const float line[2] = {s0[l], s1[l]};
-            filters[l]->getState().setDelayLine(line);
+            filters[l]->getSections().setDelayLine(line);
         }
     }
 

@@ -148,7 +148,7 @@ public:
         filterB.clear();
     }
 
-    int getState() const { return state; }
+    int getFadeStage() const { return state; }
     int getRemaining() const { return remaining; }
     float getGainA() const { return gainA; }
     float getGainB() const { return gainB; }

@@ -82,7 +82,7 @@ TEST(BiquadIPP, GainOnlySectionMultipliesAndKeepsItsDelayLineAtZero)
     biquad.filter(out.data(), in.data(), 64);
     for (int i = 0; i < 64; ++i)
         EXPECT_EQ(out[i], in[i] * 0.25f);
-    const float* line = biquad.getState().getDelayLine();
+    const float* line = biquad.getSections().getDelayLine();
     EXPECT_EQ(line[0], 0.0f);
     EXPECT_EQ(line[1], 0.0f);
 }

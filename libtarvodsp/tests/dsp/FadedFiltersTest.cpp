@@ -40,7 +40,7 @@ constexpr float gainTolerance = 1e-4f;
 TEST(FadedFilters, StartsWithAAloneAndNothingPending)
 {
     FadedBiquad f;
-    EXPECT_EQ(f.getState(), State::playingA);
+    EXPECT_EQ(f.getFadeStage(), State::playingA);
     EXPECT_EQ(f.getGainA(), 1.0f);
     EXPECT_EQ(f.getGainB(), 0.0f);
     EXPECT_FALSE(f.isChangePending());
@@ -54,11 +54,11 @@ TEST(FadedFilters, WarmUpEndsWithItsBlockAndTheFadeFollowsInTheNext)
     f.setCoefficients(gain(0.5), false);
     EXPECT_TRUE(f.isChangePending());
     const std::vector<float> first = ones(f, 512);
-    EXPECT_EQ(f.getState(), State::warmingB);
+    EXPECT_EQ(f.getFadeStage(), State::warmingB);
     EXPECT_FALSE(f.isChangePending());
     EXPECT_EQ(first, std::vector<float>(512, 1.0f)) << "A sounds alone through the 22-sample warm-up";
     const std::vector<float> second = ones(f, 512);
-    EXPECT_EQ(f.getState(), State::playingB);
+    EXPECT_EQ(f.getFadeStage(), State::playingB);
     for (int i = 0; i < 221; ++i)
         EXPECT_NEAR(second[i], 1.0f - 0.5f * i / 221.0f, gainTolerance) << i;
     for (int i = 221; i < 512; ++i)
@@ -75,7 +75,7 @@ TEST(FadedFilters, AFadeSpanningSeveralBlocksCarriesOn)
     {
         const std::vector<float> block = ones(f, 64);
         all.insert(all.end(), block.begin(), block.end());
-        EXPECT_EQ(f.getState(), b < 3 ? State::fadingToB : State::playingB) << b;
+        EXPECT_EQ(f.getFadeStage(), b < 3 ? State::fadingToB : State::playingB) << b;
     }
     for (int i = 0; i < 221; ++i)
         EXPECT_NEAR(all[i], 1.0f - 0.75f * i / 221.0f, gainTolerance) << i;
@@ -87,12 +87,12 @@ TEST(FadedFilters, TheWayBackStepsOverOneSampleFewer)
 {
     FadedBiquad f;
     f.setCoefficients(gain(0.5), true);
-    ASSERT_EQ(f.getState(), State::playingB);
+    ASSERT_EQ(f.getFadeStage(), State::playingB);
     f.setCoefficients(gain(1.5), false);
     ones(f, 512);
-    EXPECT_EQ(f.getState(), State::warmingA);
+    EXPECT_EQ(f.getFadeStage(), State::warmingA);
     const std::vector<float> block = ones(f, 512);
-    EXPECT_EQ(f.getState(), State::playingA);
+    EXPECT_EQ(f.getFadeStage(), State::playingA);
     // A rises over 220 steps, so it is at 1 on the last sample of the 221.
     for (int i = 0; i < 221; ++i)
         EXPECT_NEAR(block[i], 0.5f + (1.5f - 0.5f) * i / 220.0f, gainTolerance) << i;
@@ -107,15 +107,15 @@ TEST(FadedFilters, AChangeDuringAFadeWaitsForItsEndAndOnlyTheLastPlays)
     ones(f, 64); // fading to 0.5
     f.setCoefficients(gain(2.0), false);
     f.setCoefficients(gain(3.0), false);
-    EXPECT_EQ(f.getState(), State::fadingToB);
+    EXPECT_EQ(f.getFadeStage(), State::fadingToB);
     std::vector<float> block;
     for (int b = 0; b < 4; ++b)
         block = ones(f, 64);
-    EXPECT_EQ(f.getState(), State::warmingA) << "the waiting change starts after the fade";
+    EXPECT_EQ(f.getFadeStage(), State::warmingA) << "the waiting change starts after the fade";
     EXPECT_EQ(block.back(), 0.5f);
     for (int b = 0; b < 6; ++b)
         block = ones(f, 64);
-    EXPECT_EQ(f.getState(), State::playingA);
+    EXPECT_EQ(f.getFadeStage(), State::playingA);
     EXPECT_EQ(block.back(), 3.0f);
 }
 
@@ -135,17 +135,17 @@ TEST(FadedFilters, ATimeOfZeroMakesEveryChangeImmediate)
     EXPECT_EQ(f.getCrossfadeTime(), 0.0f);
     f.setCoefficients(gain(0.5), false);
     EXPECT_EQ(ones(f, 16), std::vector<float>(16, 0.5f));
-    EXPECT_EQ(f.getState(), State::playingB);
+    EXPECT_EQ(f.getFadeStage(), State::playingB);
     f.setCoefficients(gain(0.75), false);
     EXPECT_EQ(ones(f, 16), std::vector<float>(16, 0.75f));
-    EXPECT_EQ(f.getState(), State::playingA);
+    EXPECT_EQ(f.getFadeStage(), State::playingA);
 }
 
 TEST(FadedFilters, ImmediateChangeInstallsAtOnce)
 {
     FadedBiquad f;
     f.setCoefficients(gain(0.5), true);
-    EXPECT_EQ(f.getState(), State::playingB);
+    EXPECT_EQ(f.getFadeStage(), State::playingB);
     EXPECT_FALSE(f.isChangePending());
     EXPECT_EQ(ones(f, 4), std::vector<float>(4, 0.5f));
 }
@@ -162,7 +162,7 @@ TEST(FadedFilters, AOneSampleFadeUsesNoInfiniteStep)
     EXPECT_TRUE(std::isinf(f.getIncrementA()));
     EXPECT_EQ(block[0], 0.5f) << "the one faded sample still weighs B fully";
     EXPECT_EQ(block[1], 2.0f);
-    EXPECT_EQ(f.getState(), State::playingA);
+    EXPECT_EQ(f.getFadeStage(), State::playingA);
 }
 
 TEST(FadedFilters, AddingFormAddsInEveryStage)
@@ -213,7 +213,7 @@ TEST(FadedFilters, ClearAndRateChangeKeepTheStage)
     const int remaining = f.getRemaining();
     f.clear();
     f.changeSampleRate(48000.0f);
-    EXPECT_EQ(f.getState(), State::fadingToB);
+    EXPECT_EQ(f.getFadeStage(), State::fadingToB);
     EXPECT_EQ(f.getRemaining(), remaining);
 }
 
@@ -351,7 +351,7 @@ TEST(FadedFirstOrder, PlaysItsNewSectionAfterTheFade)
     std::vector<float> in(512, 1.0f), out(512);
     f.filterBlock(out.data(), in.data(), 512);
     f.filterBlock(out.data(), in.data(), 512);
-    EXPECT_EQ(f.getState(), State::playingB);
+    EXPECT_EQ(f.getFadeStage(), State::playingB);
     EXPECT_EQ(out.back(), 0.5f);
 }
 } // namespace
