@@ -18,23 +18,26 @@ void reportRealTime(benchmark::State& state, std::uint32_t outputs)
         benchmark::Counter(double(blockSize) / sampleRate, benchmark::Counter::kIsIterationInvariantRate);
 }
 
-/// The whole reverberator as the object runs it with its default attributes, every source
-/// fed a signal, at block 64 and 44.1 kHz.
+/// The whole reverberator, every source fed a signal, at block 64 and 44.1 kHz: with the
+/// object's default attributes (room 0: flat section shelves, air off), with every section
+/// shelf shaping its bands (room 1), and with air absorption on as well (room 2).
 void BM_TarvoVerb(benchmark::State& state)
 {
     const auto sources = static_cast<std::uint32_t>(state.range(0));
     const auto speakers = static_cast<std::uint32_t>(state.range(1));
     const auto internals = static_cast<std::uint32_t>(state.range(2));
+    const auto room = state.range(3);
     ondo::primitives::setDenormalsAreZero(true);
     Quor::TarvoVerb verb(internals);
     verb.configure(static_cast<float>(sampleRate), blockSize, sources, speakers);
-    const ondo::HLShelfParameters flat{0.0f, 0.0f, 0.0f, 0.0f, 177.0f, 5657.0f};
-    verb.setDirectFilter(flat);
-    verb.setRoomFilter(flat);
-    verb.setEarlyFilter(flat);
-    verb.setClusterFilter(flat);
+    const ondo::HLShelfParameters shelf = room == 0 ? ondo::HLShelfParameters{0.0f, 0.0f, 0.0f, 0.0f, 177.0f, 5657.0f}
+                                                    : ondo::HLShelfParameters{0.0f, 3.0f, 0.0f, -6.0f, 177.0f, 5657.0f};
+    verb.setDirectFilter(shelf);
+    verb.setRoomFilter(shelf);
+    verb.setEarlyFilter(shelf);
+    verb.setClusterFilter(shelf);
     verb.setReverbTimes({1.995f, 1.0f, 1.0f, 0.5f, 250.0f, 8000.0f}, 0.0f);
-    verb.setAirEnabled(false);
+    verb.setAirEnabled(room == 2);
 
     std::vector<std::vector<float>> in(sources, std::vector<float>(blockSize));
     std::vector<std::vector<float>> out(speakers, std::vector<float>(blockSize));
@@ -57,10 +60,13 @@ void BM_TarvoVerb(benchmark::State& state)
     reportRealTime(state, speakers);
 }
 BENCHMARK(BM_TarvoVerb)
-    ->ArgNames({"sources", "speakers", "internals"})
-    ->Args({6, 6, 8})
-    ->Args({16, 16, 16})
-    ->Args({64, 64, 16});
+    ->ArgNames({"sources", "speakers", "internals", "room"})
+    ->Args({6, 6, 8, 0})
+    ->Args({16, 16, 16, 0})
+    ->Args({64, 64, 16, 0})
+    ->Args({6, 6, 8, 1})
+    ->Args({6, 6, 8, 2})
+    ->Args({16, 16, 16, 2});
 } // namespace
 
 #ifdef TARVO_BENCH_ZITA

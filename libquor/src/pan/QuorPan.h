@@ -2,6 +2,7 @@
 
 #include "containers/TarvoDspVector.h"
 #include "dsp/TarvoDspAudioProcessorWithOscInAudioInterrupt.h"
+#include "hrtf/QuorHrtfData.h"
 #include "math/TarvoDspPoint3Array.h"
 #include "math/TarvoDspRotation.h"
 #include "text/TarvoDspString.h"
@@ -12,8 +13,6 @@
 
 namespace Quor
 {
-class HrtfData;
-
 using StringArray = std::vector<ondo::String>;
 
 /// The base of every panner: N source inputs, M speaker outputs, and where they are.
@@ -133,8 +132,8 @@ public:
     virtual bool setHrtf(const HrtfData& /*hrtf*/) { return false; }
     virtual void setItdScaling(float /*percent*/) {}
     virtual float getItdScaling() const { return 100.0f; }
-    /// The filters in use; none in the base.
-    virtual const HrtfData* getHrtf() const { return nullptr; }
+    /// The filters in use, never null: panners without filters give the shared empty set.
+    virtual const HrtfData* getHrtf() const { return &HrtfData::empty(); }
     virtual void setHeadRadius(float /*metres*/) {}
     virtual void setSnowmanTorsoRadius(float /*metres*/) {}
     virtual void setSnowmanNeckHeight(float /*metres*/) {}

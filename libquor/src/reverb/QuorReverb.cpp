@@ -174,11 +174,7 @@ void Reverb::runChunk(std::uint32_t n)
     // line by line. The shelves read the lines in place where they can, and the mixer writes
     // into them in place where it can.
     for (std::uint32_t i = 0; i < numChannels; ++i)
-    {
         lineReads[i] = taps[i]->processInPlace(tap[i], n);
-        // The write lands after the advanced index, so a loop lasts its delay plus the chunk.
-        delays[i]->advance(n);
-    }
     // The shelves run here rather than through their processor, whose inlets never change.
     // With air, a line's air filter follows its shelf sample by sample.
     const bool air = airEnabled;
@@ -191,6 +187,10 @@ void Reverb::runChunk(std::uint32_t n)
     // The output is taken from the filtered line before the input is added; the sum is then
     // built in place, and the mixer writes the lines' next input out of place.
     outputThenInjectAll(tap, in, out, numChannels, n, f, g);
+    // Each chunk lands at the write position and only then moves it on, so chunks of any
+    // sizes fill a line end to end, each sample once, and a sample comes back exactly its
+    // delay later. A chunk is never longer than the shortest delay, so it never reads what
+    // it is about to write.
     for (std::uint32_t i = 0; i < numChannels; ++i)
     {
         float* run = delays[i]->findWriteRun(n);
@@ -198,8 +198,11 @@ void Reverb::runChunk(std::uint32_t n)
     }
     shuffle.process(lineWrites.data(), tap, n);
     for (std::uint32_t i = 0; i < numChannels; ++i)
+    {
         if (lineWrites[i] == mix[i])
             delays[i]->write(mix[i], n);
+        delays[i]->advance(n);
+    }
 }
 
 void Reverb::setSampleRate(float rate)

@@ -27,8 +27,8 @@ namespace Quor
 class Reverb : public ondo::AudioProcessorWithOscInAudioInterrupt
 {
 public:
-    /// The loop runs in chunks of at most this many samples, so that a chunk never reads
-    /// what a later step of the same chunk writes (every delay is at least one chunk).
+    /// The loop runs in chunks of at most this many samples and never longer than the
+    /// shortest delay, so that a chunk never reads what it writes into its lines.
     static constexpr std::uint32_t chunkSize = 64;
     static constexpr float maximumDelayMs = 1500.0f;
     /// The first delay's default: the reverberator's default late onset after the cluster.

@@ -1,3 +1,4 @@
+#include "pan/QuorAngularPanning.h"
 #include "pan/QuorNullPanning.h"
 #include "pan/QuorPan.h"
 
@@ -105,7 +106,11 @@ TEST(Pan, BaseDefaultsOfTheOptionalOperations)
     EXPECT_EQ(p.getSourcesPosition()[2], ondo::Point3(0, 1, 0));
     EXPECT_EQ(p.getSpeakersPosition()[1], ondo::Point3());
     EXPECT_EQ(p.getItdScaling(), 100.0f);
-    EXPECT_EQ(p.getHrtf(), nullptr);
+    // Every panner without filters reports the one shared empty set, never a null.
+    ASSERT_NE(p.getHrtf(), nullptr);
+    EXPECT_EQ(p.getHrtf(), Quor::AngularPanning(2, 2).getHrtf());
+    EXPECT_TRUE(p.getHrtf()->isEmpty());
+    EXPECT_EQ(p.getHrtf()->getNumPoints(), 0u);
     EXPECT_FALSE(p.loadHrtf("nothing.sofa"));
     EXPECT_EQ(p.getListenerOrientation(), ondo::Rotation::identity());
     EXPECT_EQ(p.getInterpolationTime(), 0.0f);

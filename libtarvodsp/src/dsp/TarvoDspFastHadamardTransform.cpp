@@ -146,20 +146,18 @@ void FastHadamardTransform::butterflies(float** channels, std::uint32_t firstSta
         const std::uint32_t half = span / 2;
         for (std::uint32_t g = 0; g < groups; ++g)
         {
-            // In sequency order the odd groups take the difference on top.
-            const bool swapped = ordering == sequency && (g & 1u) != 0;
+            // In sequency order the odd groups take the difference on top and the sum below.
+            const float sign = (ordering == sequency && (g & 1u) != 0) ? -1.0f : 1.0f;
             for (std::uint32_t c = 0; c < half; ++c)
             {
                 float* u = channels[g * span + c];
                 float* v = channels[g * span + c + half];
-                if (swapped)
-                    std::swap(u, v);
                 for (std::uint32_t i = 0; i < numSamples; ++i)
                 {
                     const float a = u[i];
                     const float b = v[i];
-                    u[i] = a + b;
-                    v[i] = a - b;
+                    u[i] = a + sign * b;
+                    v[i] = a - sign * b;
                 }
             }
         }

@@ -95,6 +95,31 @@ TEST(FastHadamardTransform, SequencyOrderSortsRowsBySignChanges)
     }
 }
 
+/// Walsh's function of sequency k at sample j of n, from its definition: the product of the
+/// Rademacher functions r_1 .. r_m picked by the Gray code of k, r_i being the sign of the
+/// i-th most significant bit of j.
+int walsh(std::uint32_t k, std::uint32_t j, std::uint32_t n)
+{
+    const std::uint32_t bits = static_cast<std::uint32_t>(__builtin_ctz(n));
+    const std::uint32_t gray = k ^ (k >> 1);
+    int value = 1;
+    for (std::uint32_t i = 0; i < bits; ++i)
+        if (((gray >> i) & 1u) != 0 && ((j >> (bits - 1 - i)) & 1u) != 0)
+            value = -value;
+    return value;
+}
+
+TEST(FastHadamardTransform, SequencyOrderIsWalshsMatrix)
+{
+    for (std::uint32_t n : {2u, 4u, 8u, 16u})
+    {
+        const auto m = matrixOf(FastHadamardTransform(n, FastHadamardTransform::sequency));
+        for (std::uint32_t r = 0; r < n; ++r)
+            for (std::uint32_t c = 0; c < n; ++c)
+                ASSERT_EQ(m[r][c], walsh(r, c, n)) << "n " << n << " at " << r << "," << c;
+    }
+}
+
 TEST(FastHadamardTransform, DyadicOrderIsNaturalWithBitReversedInputs)
 {
     const std::uint32_t n = 8;

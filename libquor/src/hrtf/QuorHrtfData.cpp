@@ -1,0 +1,10 @@
+#include "hrtf/QuorHrtfData.h"
+
+namespace Quor
+{
+const HrtfData& HrtfData::empty()
+{
+    static const HrtfData set;
+    return set;
+}
+} // namespace Quor
