@@ -1,7 +1,14 @@
 #include "pan/QuorPan.h"
 
+#include "pan/QuorAmbisonicEquivalentPanningAnalytic2D.h"
+#include "pan/QuorAmbisonicEquivalentPanningAnalytic3D.h"
+#include "pan/QuorAmbisonicPanning.h"
 #include "pan/QuorAngularPanning.h"
 #include "pan/QuorDiffusePanning.h"
+#include "pan/QuorHOA2DPanning.h"
+#include "pan/QuorHOA3DPanning.h"
+#include "pan/QuorHoaDiffusePanning2D.h"
+#include "pan/QuorHoaDiffusePanning3D.h"
 #include "pan/QuorNullPanning.h"
 #include "pan/QuorRecursivePanning.h"
 #include "pan/QuorStereoABPanning.h"
@@ -134,11 +141,11 @@ std::unique_ptr<Pan> build(std::uint32_t ns, std::uint32_t nk, Pan::Type type, P
             case Pan::Binaural: return make<NullPanning /* BinauralPanningIACC */>(stereo && ns >= nk, ns, nk);
             case Pan::Hoa2D:
             case Pan::NfcHoa2D:
-                return isOddForm(nk) ? make<NullPanning /* HoaDiffusePanning2D */>(true, ns, nk)
+                return isOddForm(nk) ? make<HoaDiffusePanning2D>(true, ns, nk)
                                      : make<DiffusePanning>(true, ns, nk);
             case Pan::Hoa3D:
             case Pan::NfcHoa3D:
-                return isSquareForm(nk) ? make<NullPanning /* HoaDiffusePanning3D */>(true, ns, nk)
+                return isSquareForm(nk) ? make<HoaDiffusePanning3D>(true, ns, nk)
                                         : make<DiffusePanning>(true, ns, nk);
             default: return make<DiffusePanning>(true, ns, nk);
         }
@@ -171,17 +178,17 @@ std::unique_ptr<Pan> build(std::uint32_t ns, std::uint32_t nk, Pan::Type type, P
         case Pan::Vbip3D: return make<VbipPanning>(nk >= 3, ns, nk);
         case Pan::Dbap2D: return make<NullPanning /* DbapPanning2D */>(nk != 0, ns, nk);
         case Pan::Dbap3D: return make<NullPanning /* DbapPanning3D */>(nk != 0, ns, nk);
-        case Pan::BFormat: return make<NullPanning /* AmbisonicPanning */>(nk == 3 || nk == 4, ns, nk);
-        case Pan::Hoa2D: return make<NullPanning /* HOA2DPanning */>(isOddForm(nk), ns, nk);
-        case Pan::Hoa3D: return make<NullPanning /* HOA3DPanning */>(isSquareForm(nk), ns, nk);
+        case Pan::BFormat: return make<AmbisonicPanning>(nk == 3 || nk == 4, ns, nk);
+        case Pan::Hoa2D: return make<HOA2DPanning>(isOddForm(nk), ns, nk);
+        case Pan::Hoa3D: return make<HOA3DPanning>(isSquareForm(nk), ns, nk);
         case Pan::VDbap: return make<NullPanning /* VDbapPanning */>(nk >= 3, ns, nk);
         case Pan::NfcHoa2D: return make<NullPanning /* NFCHOAPanning2D */>(isOddForm(nk), ns, nk);
         case Pan::NfcHoa3D: return make<NullPanning /* NFCHOAPanning3D */>(isSquareForm(nk), ns, nk);
         case Pan::Spcap: return make<NullPanning /* SPCAmplitudePanning */>(ns != 0, ns, nk);
         case Pan::Knn: return make<NullPanning /* KnnPanning */>(nk != 0, ns, nk);
         case Pan::Subwoofers: return make<SubwoofersPanning>(nk != 0, ns, nk);
-        case Pan::Aep2D: return make<NullPanning /* AmbisonicEquivalentPanningAnalytic2D */>(nk >= 5, ns, nk);
-        case Pan::Aep3D: return make<NullPanning /* AmbisonicEquivalentPanningAnalytic3D */>(nk >= 5, ns, nk);
+        case Pan::Aep2D: return make<AmbisonicEquivalentPanningAnalytic2D>(nk >= 5, ns, nk);
+        case Pan::Aep3D: return make<AmbisonicEquivalentPanningAnalytic3D>(nk >= 5, ns, nk);
         default: return make<NullPanning>(false, ns, nk);
     }
 }

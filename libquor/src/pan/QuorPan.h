@@ -3,8 +3,10 @@
 #include "containers/TarvoDspVector.h"
 #include "dsp/TarvoDspAudioProcessorWithOscInAudioInterrupt.h"
 #include "hrtf/QuorHrtfData.h"
+#include "math/TarvoDspAmbisonics.h"
 #include "math/TarvoDspPoint3Array.h"
 #include "math/TarvoDspRotation.h"
+#include "pan/QuorHoaEncodingVector.h"
 #include "text/TarvoDspString.h"
 
 #include <cstdint>
@@ -66,11 +68,11 @@ public:
     };
 
     // Vocabularies owned by the families that use them (delay lines, Dbap, Ambisonics,
-    // binaural, crossfading filters); carried here as their integer values.
+    // binaural, crossfading filters); those not yet built are carried as integers.
     using InterpolationMode = std::int32_t;
     using DbapSpreadMode = std::int32_t;
-    using AmbisonicNormalization = std::int32_t;
-    using ComputationMode = std::int32_t;
+    using AmbisonicNormalization = ondo::Ambisonics::Normalization;
+    using ComputationMode = HoaEncodingVector::Mode;
     using ItdType = std::int32_t;
     using ItdLatencyMode = std::int32_t;
     using CrossfadeType = std::int32_t;
@@ -121,7 +123,10 @@ public:
     virtual void setSourceSpreadByDirection(std::uint32_t /*source*/, float /*x*/, float /*y*/, float /*z*/) {}
     virtual bool isAmplitudePanning() const { return false; }
     /// The default normalisation of the panner's dimension.
-    virtual AmbisonicNormalization getAmbisonicNormalization() const { return is2D() ? 2 : 1; }
+    virtual AmbisonicNormalization getAmbisonicNormalization() const
+    {
+        return ondo::Ambisonics::defaultNormalization(is2D() ? 2 : 3);
+    }
     virtual void setAmbisonicNormalization(AmbisonicNormalization /*normalization*/) {}
     virtual void setNfcCompensation(bool /*enabled*/) {}
     virtual void setNfcSpeakersRadius(float /*metres*/) {}
