@@ -99,6 +99,11 @@ TEST(DbapPanning, GainsFollowTheInverseDistanceLawAtUnitPowerNearestLoudest)
             const auto loudest = std::max_element(g.begin(), g.end()) - g.begin();
             EXPECT_EQ(loudest, flat.indexOfClosest(s)) << c.name;
         }
+        // On a speaker the 1e-10 floor leaves the others near their distance times 1e-5.
+        p->setSourcePosition(0, c.speakers[2], true);
+        const std::vector<float> g = gainsOf(*p, 0);
+        for (std::size_t o = 0; o < g.size(); ++o)
+            EXPECT_NEAR(g[o], o == 2 ? 1.0f : 0.0f, 1e-4f) << c.name << " speaker " << o;
     }
 }
 
@@ -160,19 +165,6 @@ TEST(DbapPanning, BlurByDirectionForgetsTheBlurredAxis)
     }
 }
 
-TEST(DbapPanning, SourceOnASpeakerTakesItsWholePower)
-{
-    for (const Case& c : cases())
-    {
-        const auto p = make(c.planar, c.speakers);
-        p->setSourcePosition(0, c.speakers[2], true);
-        const std::vector<float> g = gainsOf(*p, 0);
-        for (std::size_t o = 0; o < g.size(); ++o)
-            // The 1e-10 floor leaves the others near their distance times 1e-5.
-            EXPECT_NEAR(g[o], o == 2 ? 1.0f : 0.0f, 1e-4f) << c.name << " speaker " << o;
-    }
-}
-
 TEST(DbapPanning, OutsideTheSetupSoftensOrMutes)
 {
     // A square: centre at the origin, corners at sqrt 2.
@@ -212,11 +204,9 @@ TEST(DbapPanning, OutsideTheSetupSoftensOrMutes)
 TEST(DbapPanning, DefaultLayoutAndRefusedLayouts)
 {
     Quor::DbapPanning2D p(1, 5);
-    EXPECT_EQ(p.getSpeakersPosition().size(), 5u);
     EXPECT_TRUE(p.is2D());
     EXPECT_FALSE(Quor::DbapPanning3D(1, 5).is2D());
-    // The hull of the default five: the rear pair and the front three, clockwise.
-    EXPECT_EQ(p.getHullPoints().size(), 5u);
+    EXPECT_EQ(p.getHullPoints().size(), 5u) << "every speaker of the default five is a corner";
     const std::vector<float> before = gainsOf(p, 0);
     EXPECT_THROW(p.setSpeakers(Point3Array::defaultLayout(4)), ondo::Exception);
     EXPECT_EQ(gainsOf(p, 0), before);
