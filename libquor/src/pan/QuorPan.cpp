@@ -4,19 +4,24 @@
 #include "pan/QuorAmbisonicEquivalentPanningAnalytic3D.h"
 #include "pan/QuorAmbisonicPanning.h"
 #include "pan/QuorAngularPanning.h"
+#include "pan/QuorDbapPanning2D.h"
+#include "pan/QuorDbapPanning3D.h"
 #include "pan/QuorDiffusePanning.h"
 #include "pan/QuorHOA2DPanning.h"
 #include "pan/QuorHOA3DPanning.h"
 #include "pan/QuorHoaDiffusePanning2D.h"
 #include "pan/QuorHoaDiffusePanning3D.h"
+#include "pan/QuorKnnPanning.h"
 #include "pan/QuorNullPanning.h"
 #include "pan/QuorRecursivePanning.h"
+#include "pan/QuorSPCAmplitudePanning.h"
 #include "pan/QuorStereoABPanning.h"
 #include "pan/QuorStereoMSPanning.h"
 #include "pan/QuorSubwoofersPanning.h"
 #include "pan/QuorStereoPanLaw.h"
 #include "pan/QuorStereoXYPanning.h"
 #include "pan/QuorSurroundPanning.h"
+#include "pan/QuorVDbapPanning.h"
 #include "pan/QuorVbap2DPanning.h"
 #include "pan/QuorVbapPanning.h"
 #include "pan/QuorVbip2DPanning.h"
@@ -176,16 +181,16 @@ std::unique_ptr<Pan> build(std::uint32_t ns, std::uint32_t nk, Pan::Type type, P
         case Pan::Vbip2D: return make<Vbip2DPanning>(nk >= 2, ns, nk);
         case Pan::Vbap3D: return make<VbapPanning>(nk >= 3, ns, nk);
         case Pan::Vbip3D: return make<VbipPanning>(nk >= 3, ns, nk);
-        case Pan::Dbap2D: return make<NullPanning /* DbapPanning2D */>(nk != 0, ns, nk);
-        case Pan::Dbap3D: return make<NullPanning /* DbapPanning3D */>(nk != 0, ns, nk);
+        case Pan::Dbap2D: return make<DbapPanning2D>(nk != 0, ns, nk);
+        case Pan::Dbap3D: return make<DbapPanning3D>(nk != 0, ns, nk);
         case Pan::BFormat: return make<AmbisonicPanning>(nk == 3 || nk == 4, ns, nk);
         case Pan::Hoa2D: return make<HOA2DPanning>(isOddForm(nk), ns, nk);
         case Pan::Hoa3D: return make<HOA3DPanning>(isSquareForm(nk), ns, nk);
-        case Pan::VDbap: return make<NullPanning /* VDbapPanning */>(nk >= 3, ns, nk);
+        case Pan::VDbap: return make<VDbapPanning>(nk >= 3, ns, nk);
         case Pan::NfcHoa2D: return make<NullPanning /* NFCHOAPanning2D */>(isOddForm(nk), ns, nk);
         case Pan::NfcHoa3D: return make<NullPanning /* NFCHOAPanning3D */>(isSquareForm(nk), ns, nk);
-        case Pan::Spcap: return make<NullPanning /* SPCAmplitudePanning */>(ns != 0, ns, nk);
-        case Pan::Knn: return make<NullPanning /* KnnPanning */>(nk != 0, ns, nk);
+        case Pan::Spcap: return make<SPCAmplitudePanning>(ns != 0, ns, nk);
+        case Pan::Knn: return make<KnnPanning>(nk != 0, ns, nk);
         case Pan::Subwoofers: return make<SubwoofersPanning>(nk != 0, ns, nk);
         case Pan::Aep2D: return make<AmbisonicEquivalentPanningAnalytic2D>(nk >= 5, ns, nk);
         case Pan::Aep3D: return make<AmbisonicEquivalentPanningAnalytic3D>(nk >= 5, ns, nk);
