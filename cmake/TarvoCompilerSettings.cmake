@@ -17,6 +17,16 @@ if(TARVO_WERROR)
   target_compile_options(tarvo_compile_options INTERFACE -Werror)
 endif()
 
+# Fuzzing instruments every library for coverage and runs it under AddressSanitizer and
+# UndefinedBehaviorSanitizer; the other programs of such a build link the sanitizers' runtime,
+# which answers the coverage hooks, so the tests can run from the same build.
+if(TARVO_BUILD_FUZZERS)
+  if(NOT TARVO_SANITIZE)
+    set(TARVO_SANITIZE "address,undefined")
+  endif()
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
 if(TARVO_SANITIZE)
   message(STATUS "Sanitizers: ${TARVO_SANITIZE}")
   add_compile_options(-fsanitize=${TARVO_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all -g)

@@ -46,8 +46,8 @@ using BlockSink = std::function<void(const float* const* channels, std::uint32_t
 
 struct RenderReport
 {
-    double cpuSeconds = 0.0;             ///< time spent in the reverberator itself
-    std::uint64_t unusableInputs = 0;    ///< input samples the reverberator replaced by silence
+    double cpuSeconds = 0.0;          ///< time spent rendering, the sink (file writing) included
+    std::uint64_t unusableInputs = 0; ///< input samples the reverberator replaced by silence
 };
 
 /// Renders the room: an impulse on the sources (or the recording, channel c into source c)
