@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs what the build needs on Debian 12, when it is missing, and any further packages
-# named as arguments (the tests ask for faust, whose reverb is the benchmarks' peer).
+# named as arguments (the tests ask for faust, whose reverb is the benchmarks' peer, sox, a peer
+# of the WAV tests, and clang with its runtime libraries, the second compiler and libFuzzer).
 set -euo pipefail
 
 packages=(cmake ninja-build g++ googletest libgtest-dev libgmock-dev libbenchmark-dev "$@")

@@ -6,6 +6,7 @@
 #include <cctype>
 #include <cmath>
 #include <cstdlib>
+#include <limits>
 #include <sstream>
 
 namespace tarvo::render
@@ -23,14 +24,14 @@ std::vector<std::string> words(const std::string& text)
     return result;
 }
 
-bool isNumber(const std::string& word, float& value)
+bool isNumber(const std::string& word, double& value)
 {
     const char* begin = word.c_str();
     char* end = nullptr;
     const double parsed = std::strtod(begin, &end);
     if (end == begin || *end != '\0' || !std::isfinite(parsed))
         return false;
-    value = static_cast<float>(parsed);
+    value = parsed;
     return true;
 }
 
@@ -39,7 +40,7 @@ bool isNumber(const std::string& word, float& value)
 Coordinates::Format readFormat(const std::vector<std::string>& list, std::size_t& next, const char* message,
                                std::vector<std::string>& notes)
 {
-    float unused = 0.0f;
+    double unused = 0.0;
     if (next < list.size() && !isNumber(list[next], unused))
     {
         const Coordinates::Format format = Coordinates::fromString(list[next]);
@@ -57,10 +58,13 @@ std::vector<float> readNumbers(const std::vector<std::string>& list, std::size_t
     std::vector<float> values;
     for (; next < list.size(); ++next)
     {
-        float value = 0.0f;
+        double value = 0.0;
         if (!isNumber(list[next], value))
             throw UsageError(std::string(message) + ": \"" + list[next] + "\" is not a number");
-        values.push_back(value);
+        // Narrowing a double beyond the float range is undefined; no position needs one.
+        if (std::fabs(value) > double(std::numeric_limits<float>::max()))
+            throw UsageError(std::string(message) + ": \"" + list[next] + "\" is too large for a coordinate");
+        values.push_back(static_cast<float>(value));
     }
     return values;
 }
@@ -70,11 +74,13 @@ SourcePlacement parseSourceMessage(const std::string& text, const ondo::Point3Ar
                                    std::vector<std::string>& notes)
 {
     const std::vector<std::string> list = words(text);
-    float indexValue = 0.0f;
+    double indexValue = 0.0;
     if (list.empty() || !isNumber(list[0], indexValue) || indexValue != std::floor(indexValue))
         throw UsageError("--source \"" + text + "\": the first word is the source number, from 1");
-    if (indexValue < 1.0f || indexValue > static_cast<float>(present.size()))
-        throw UsageError("--source \"" + text + "\": invalid source index " + std::to_string(int(indexValue)));
+    // Compared as a double before any conversion: an index beyond the integers has no int.
+    if (indexValue < 1.0 || indexValue > static_cast<double>(present.size()))
+        throw UsageError("--source \"" + text + "\": invalid source index " + list[0] + " (there are " +
+                         plural(present.size(), "source") + ")");
     SourcePlacement placement;
     placement.index = static_cast<std::uint32_t>(indexValue) - 1;
     placement.position = present[placement.index];

@@ -1,5 +1,7 @@
 #include "RenderSettings.h"
 
+#include "math/TarvoDspCoordinates.h"
+
 #include <algorithm>
 #include <cctype>
 #include <cmath>
@@ -95,6 +97,42 @@ const SectionWord sectionWords[] = {
 constexpr float shelfMinimum[6] = {-200.0f, -30.0f, -30.0f, -30.0f, 20.0f, 20.0f};
 constexpr float shelfMaximum[6] = {30.0f, 30.0f, 30.0f, 30.0f, 20000.0f, 20000.0f};
 
+/// The coordinate notations of the position messages, for the help.
+struct Notation
+{
+    ondo::Coordinates::Format format;
+    const char* numbers;
+    const char* meaning;
+};
+
+const Notation notations[] = {
+    {ondo::Coordinates::xyz, "X Y Z", "metres: +x right, +y front, +z up"},
+    {ondo::Coordinates::xy, "X Y", "metres, on the floor plane (z 0)"},
+    {ondo::Coordinates::x, "X", "metres; the other two coordinates stay"},
+    {ondo::Coordinates::y, "Y", "metres; the other two coordinates stay"},
+    {ondo::Coordinates::z, "Z", "metres; the other two coordinates stay"},
+    {ondo::Coordinates::xIncrement, "DX", "metres added to x"},
+    {ondo::Coordinates::yIncrement, "DY", "metres added to y"},
+    {ondo::Coordinates::zIncrement, "DZ", "metres added to z"},
+    {ondo::Coordinates::ade, "A D E", "azimuth (deg), distance (m), elevation (deg)"},
+    {ondo::Coordinates::aed, "A E D", "azimuth (deg), elevation (deg), distance (m)"},
+    {ondo::Coordinates::ae, "A E", "azimuth and elevation (deg) at 1 m"},
+    {ondo::Coordinates::ad, "A D", "azimuth (deg) and distance (m), elevation 0"},
+    {ondo::Coordinates::az, "A", "azimuth (deg) at 1 m, elevation 0"},
+    {ondo::Coordinates::azim, "A", "azimuth (deg); elevation and distance stay"},
+    {ondo::Coordinates::azimIncrement, "DA", "degrees added to the azimuth"},
+    {ondo::Coordinates::elev, "E", "elevation (deg); azimuth and distance stay"},
+    {ondo::Coordinates::elevIncrement, "DE", "degrees added to the elevation"},
+    {ondo::Coordinates::azimelev, "A E", "azimuth and elevation (deg); distance stays"},
+    {ondo::Coordinates::dist, "D", "distance (m); the direction stays"},
+    {ondo::Coordinates::distIncrement, "DD", "metres added to the distance"},
+    {ondo::Coordinates::distMultiply, "F", "the distance times F"},
+    {ondo::Coordinates::quor3, "A D E", "as ade, but azimuth positive to the left"},
+    {ondo::Coordinates::wfs, "A D", "azimuth positive to the left (deg), distance (m), elevation 0"},
+    {ondo::Coordinates::sofaCartesian, "X Y Z", "as xyz"},
+    {ondo::Coordinates::sofaSpherical, "A E D", "as aed, but azimuth positive to the left"},
+};
+
 constexpr double minimumDuration = 0.01;
 constexpr double maximumDuration = 600.0;
 
@@ -115,25 +153,38 @@ double parseNumber(const std::string& option, const std::string& text)
     return value;
 }
 
-int parseInteger(const std::string& option, const std::string& text)
-{
-    const char* begin = text.c_str();
-    char* end = nullptr;
-    const long value = std::strtol(begin, &end, 10);
-    if (text.empty() || end == begin || *end != '\0')
-        throw UsageError("--" + option + " takes a whole number, not \"" + text + "\"");
-    return static_cast<int>(std::clamp<long>(value, -1000000000L, 1000000000L));
-}
-
+/// Clips `value`, read from `text`, into its range and says so in a note that quotes the
+/// text as given: the value itself may not print as the user wrote it.
 template <typename T>
-T clipped(const std::string& option, T value, T minimum, T maximum, std::vector<std::string>& notes)
+T clipped(const std::string& option, const std::string& text, T value, T minimum, T maximum,
+          std::vector<std::string>& notes)
 {
     if (value >= minimum && value <= maximum)
         return value;
     const T result = value < minimum ? minimum : maximum;
-    notes.push_back("--" + option + " " + formatNumber(value) + " is outside " + formatNumber(minimum) + ".." +
-                    formatNumber(maximum) + "; clipped to " + formatNumber(result));
+    notes.push_back("--" + option + " " + text + " is outside " + formatNumber(double(minimum)) + ".." +
+                    formatNumber(double(maximum)) + "; clipped to " + formatNumber(double(result)));
     return result;
+}
+
+/// A float option's value, clipped in double precision first: a double beyond the float
+/// range has no float to become.
+float readFloat(const std::string& option, const std::string& text, float minimum, float maximum,
+                std::vector<std::string>& notes)
+{
+    return static_cast<float>(clipped<double>(option, text, parseNumber(option, text), minimum, maximum, notes));
+}
+
+int readInteger(const std::string& option, const std::string& text, int minimum, int maximum,
+                std::vector<std::string>& notes)
+{
+    const char* begin = text.c_str();
+    char* end = nullptr;
+    // strtoll saturates beyond its range, which the clip below then brings in.
+    const long long value = std::strtoll(begin, &end, 10);
+    if (text.empty() || end == begin || *end != '\0')
+        throw UsageError("--" + option + " takes a whole number, not \"" + text + "\"");
+    return static_cast<int>(clipped<long long>(option, text, value, minimum, maximum, notes));
 }
 
 std::vector<std::string> splitWords(const std::string& text)
@@ -201,9 +252,8 @@ void readShelf(const ShelfOption& option, ArgumentReader& reader, CommandLine& r
             if (words[0] == entry.word && std::string(option.name) == entry.section)
             {
                 const FloatOption& target = *findOption(floatOptions, entry.attribute);
-                result.settings.*target.field = clipped<float>(
-                    target.name, static_cast<float>(parseNumber(target.name, words[1])), target.minimum,
-                    target.maximum, result.notes);
+                result.settings.*target.field =
+                    readFloat(target.name, words[1], target.minimum, target.maximum, result.notes);
                 return;
             }
         throw UsageError("--" + std::string(option.name) + " does not know \"" + words[0] + "\"");
@@ -213,8 +263,7 @@ void readShelf(const ShelfOption& option, ArgumentReader& reader, CommandLine& r
                          " takes six numbers: gain, low, middle and high gains (dB), low and high crossovers (Hz)");
     ShelfList& list = result.settings.*option.field;
     for (std::size_t i = 0; i < 6; ++i)
-        list[i] = clipped<float>(option.name, static_cast<float>(parseNumber(option.name, words[i])), shelfMinimum[i],
-                                 shelfMaximum[i], result.notes);
+        list[i] = readFloat(option.name, words[i], shelfMinimum[i], shelfMaximum[i], result.notes);
 }
 } // namespace
 
@@ -237,18 +286,21 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments)
 
         if (const IntOption* option = findOption(intOptions, name))
             settings.*option->field =
-                clipped(name, parseInteger(name, reader.value(name)), option->minimum, option->maximum, result.notes);
+                readInteger(name, reader.value(name), option->minimum, option->maximum, result.notes);
         else if (const FloatOption* floatOption = findOption(floatOptions, name))
         {
-            settings.*floatOption->field = clipped<float>(name, static_cast<float>(parseNumber(name, reader.value(name))),
-                                                          floatOption->minimum, floatOption->maximum, result.notes);
+            settings.*floatOption->field =
+                readFloat(name, reader.value(name), floatOption->minimum, floatOption->maximum, result.notes);
             settings.sampleRateGiven |= floatOption->field == &RenderSettings::sampleRate;
         }
         else if (const ShelfOption* shelf = findOption(shelfOptions, name))
             readShelf(*shelf, reader, result);
         else if (name == "duration")
+        {
+            const std::string text = reader.value(name);
             settings.duration =
-                clipped(name, parseNumber(name, reader.value(name)), minimumDuration, maximumDuration, result.notes);
+                clipped(name, text, parseNumber(name, text), minimumDuration, maximumDuration, result.notes);
+        }
         else if (name == "source")
             settings.sourceMessages.push_back(reader.value(name));
         else if (name == "speakers")
@@ -273,7 +325,8 @@ std::string helpText()
     const RenderSettings defaults;
     std::ostringstream text;
     const auto line = [&text](const std::string& usage, const std::string& help, const std::string& detail) {
-        text << "  " << std::left << std::setw(34) << usage << help;
+        // A usage longer than its column still keeps two blanks before the help.
+        text << "  " << std::left << std::setw(34) << usage << (usage.size() >= 34 ? "  " : "") << help;
         if (!detail.empty())
             text << " [" << detail << "]";
         text << "\n";
@@ -325,6 +378,19 @@ std::string helpText()
     line("--out FILE.wav", "where the result goes", "default " + defaults.outputPath);
     line("--quiet", "prints no summary", "");
     line("--help", "this text", "");
+    text << "\nPositions (--source, --speakers): a notation name, then its numbers. Azimuth 0 is the\n"
+            "front and positive to the right, elevation positive up, in degrees; distances in metres.\n"
+            "Azimuths wrap around the circle. The room treats a source nearer than 0.3 m as at 0.3 m\n"
+            "and one farther than 100 m as at 100 m. A \"source\" starts from the source's present\n"
+            "position, so a notation of fewer numbers changes only what it names; \"speakers\" start\n"
+            "from the origin. Without a name, ade applies (with a note).\n";
+    for (const Notation& notation : notations)
+        text << "  " << std::left << std::setw(15) << ondo::Coordinates::toString(notation.format).c_str()
+             << std::setw(8) << notation.numbers << notation.meaning << "\n";
     return text.str();
+}
+std::string plural(std::size_t count, const std::string& noun)
+{
+    return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }
 } // namespace tarvo::render

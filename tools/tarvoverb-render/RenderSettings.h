@@ -85,6 +85,9 @@ struct CommandLine
 /// malformed value; clips values that are out of range and says so in `notes`.
 CommandLine parseCommandLine(const std::vector<std::string>& arguments);
 
-/// Every option with its default and range, one a line.
+/// Every option with its default and range, one a line, and the coordinate notations.
 std::string helpText();
+
+/// "1 speaker", "2 speakers".
+std::string plural(std::size_t count, const std::string& noun);
 } // namespace tarvo::render

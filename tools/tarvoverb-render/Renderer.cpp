@@ -7,7 +7,9 @@
 
 #include <algorithm>
 #include <chrono>
-#include <memory>
+#include <filesystem>
+#include <iostream>
+#include <sstream>
 
 namespace tarvo::render
 {
@@ -19,16 +21,34 @@ constexpr double settlingSeconds = 5.25;
 constexpr double tailMarginSeconds = 0.5;
 constexpr double frozenTailSeconds = 10.0;
 constexpr double longestAutomaticDuration = 600.0;
+/// The rates the reverberator runs at, Hz.
+constexpr double lowestRate = 8000.0;
+constexpr double highestRate = 384000.0;
+/// Samples of the response kept for its decay analysis, over all channels: 64 MB.
+constexpr std::size_t analysisBudget = std::size_t(16) << 20;
 
 ondo::HLShelfParameters shelf(const ShelfList& list)
 {
     return {list[0], list[1], list[2], list[3], list[4], list[5]};
 }
 
-/// Runs `numFrames` frames of `input` (one vector a source, shorter ones padded with
-/// silence) through `verb` in blocks, into `output` when it is not null.
-void run(Quor::TarvoVerb& verb, const std::vector<std::vector<float>>& input, std::size_t numFrames,
-         std::uint32_t blockSize, std::vector<std::vector<float>>* output)
+/// Sends `std::cerr` elsewhere while it lives.
+class ErrorStreamRedirect
+{
+public:
+    explicit ErrorStreamRedirect(std::ostream& to) : previous(std::cerr.rdbuf(to.rdbuf())) {}
+    ~ErrorStreamRedirect() { std::cerr.rdbuf(previous); }
+    ErrorStreamRedirect(const ErrorStreamRedirect&) = delete;
+    ErrorStreamRedirect& operator=(const ErrorStreamRedirect&) = delete;
+
+private:
+    std::streambuf* previous;
+};
+
+/// Runs `numFrames` frames through `verb` in blocks: the recording (or the impulse when
+/// `input` is null, or silence when `impulse` is false) in, every block out to `sink`.
+void run(Quor::TarvoVerb& verb, WavReader* input, bool impulse, int impulseSource, std::uint64_t numFrames,
+         std::uint32_t blockSize, const BlockSink* sink)
 {
     const std::uint32_t sources = verb.getNumInputs();
     const std::uint32_t speakers = verb.getNumOutputs();
@@ -39,17 +59,37 @@ void run(Quor::TarvoVerb& verb, const std::vector<std::vector<float>>& input, st
         inputs.push_back(channel.data());
     for (auto& channel : out)
         outputs.push_back(channel.data());
-    for (std::size_t start = 0; start < numFrames; start += blockSize)
+    bool inputEnded = input == nullptr;
+    for (std::uint64_t start = 0; start < numFrames; start += blockSize)
     {
-        const auto n = static_cast<std::uint32_t>(std::min<std::size_t>(blockSize, numFrames - start));
-        for (std::uint32_t c = 0; c < sources; ++c)
-            for (std::uint32_t k = 0; k < n; ++k)
-                in[c][k] = (c < input.size() && start + k < input[c].size()) ? input[c][start + k] : 0.0f;
+        const auto n = static_cast<std::uint32_t>(std::min<std::uint64_t>(blockSize, numFrames - start));
+        for (auto& channel : in)
+            std::fill(channel.begin(), channel.end(), 0.0f);
+        if (!inputEnded)
+            inputEnded = input->read(inputs.data(), sources, n) < n;
+        else if (impulse && start == 0)
+            for (std::uint32_t c = 0; c < sources; ++c)
+                in[c][0] = (impulseSource == 0 || impulseSource == int(c) + 1) ? 1.0f : 0.0f;
         verb.process(outputs.data(), inputs.data(), n);
-        if (output != nullptr)
-            for (std::uint32_t c = 0; c < speakers; ++c)
-                std::copy(out[c].begin(), out[c].begin() + n, (*output)[c].begin() + static_cast<long>(start));
+        if (sink != nullptr)
+            (*sink)(outputs.data(), n);
     }
+}
+
+/// Refuses, before anything is written, an output that would overwrite the input or that the
+/// disk can't hold.
+void checkOutput(const RenderJob& job, std::uint64_t rf64Above)
+{
+    const RenderSettings& s = job.settings;
+    std::error_code error;
+    if (!s.inputPath.empty() && std::filesystem::equivalent(s.inputPath, s.outputPath, error))
+        throw UsageError("--out \"" + s.outputPath + "\" is the --in file; writing it would destroy the recording");
+    const std::uint64_t bytes = WavWriter::fileSize(static_cast<std::uint32_t>(s.numSpeakers), job.numFrames, rf64Above);
+    std::filesystem::path folder = std::filesystem::absolute(s.outputPath, error).parent_path();
+    const std::filesystem::space_info space = std::filesystem::space(folder, error);
+    if (!error && space.available < bytes)
+        throw UsageError("\"" + s.outputPath + "\" needs " + std::to_string(bytes / 1000000 + 1) + " MB and only " +
+                         std::to_string(space.available / 1000000) + " MB are free there");
 }
 } // namespace
 
@@ -75,13 +115,18 @@ void applySettings(Quor::TarvoVerb& verb, const RenderSettings& s, std::vector<s
     verb.setEarlyShape(s.earlyShape);
     if (!s.speakersMessage.empty())
     {
+        const ondo::Point3Array layout = parseSpeakersMessage(s.speakersMessage, verb.getNumOutputs(), notes);
         try
         {
-            verb.setSpeakerPositions(parseSpeakersMessage(s.speakersMessage, verb.getNumOutputs(), notes));
+            // The library reports an exception on the error stream as it builds it, with its
+            // source location; the user gets the reason once, below, in the tool's words.
+            std::ostringstream libraryReport;
+            const ErrorStreamRedirect redirect(libraryReport);
+            verb.setSpeakerPositions(layout);
         }
         catch (const ondo::Exception& error)
         {
-            throw UsageError("--speakers \"" + s.speakersMessage + "\": " + error.getMessage());
+            throw UsageError("--speakers \"" + s.speakersMessage + "\": the panner refuses this layout: " + error.getMessage());
         }
         // The panners have changed: every source is placed again.
         for (std::uint32_t i = 0; i < verb.getNumInputs(); ++i)
@@ -102,41 +147,48 @@ double automaticDuration(const RenderSettings& s, double inputSeconds)
     return std::min(inputSeconds + longestDecay + tailMarginSeconds, longestAutomaticDuration);
 }
 
-Rendering renderRoom(const RenderSettings& requested, std::vector<std::string>& notes)
+RenderJob prepareRender(const RenderSettings& requested, std::vector<std::string>& notes)
 {
-    RenderSettings s = requested;
-    std::vector<std::vector<float>> input;
+    RenderJob job;
+    RenderSettings& s = job.settings;
+    s = requested;
     double inputSeconds = 0.0;
     if (!s.inputPath.empty())
     {
-        Audio recording = readAudioFile(s.inputPath);
+        job.input = std::make_unique<WavReader>(s.inputPath);
+        const WavReader& recording = *job.input;
+        const auto fileRate = static_cast<std::uint64_t>(recording.getSampleRate());
+        if (recording.getSampleRate() < lowestRate || recording.getSampleRate() > highestRate)
+            throw UsageError("\"" + s.inputPath + "\" is at " + std::to_string(fileRate) +
+                             " Hz; the reverberator runs at 8000 to 384000 Hz (convert the file first, e.g. with "
+                             "sox \"" + s.inputPath + "\" -r 48000 converted.wav)");
         if (!s.sampleRateGiven)
-            s.sampleRate = static_cast<float>(recording.sampleRate);
-        else if (recording.sampleRate != s.sampleRate)
-            throw UsageError("\"" + s.inputPath + "\" is at " + std::to_string(int(recording.sampleRate)) +
-                             " Hz and --samplerate asks for " + std::to_string(int(s.sampleRate)) +
-                             " Hz; this tool does not resample");
-        if (recording.channels.size() > std::size_t(s.numSources))
-            notes.push_back("\"" + s.inputPath + "\" has " + std::to_string(recording.channels.size()) +
-                            " channels; only the first " + std::to_string(s.numSources) + " feed sources");
-        inputSeconds = double(recording.numFrames()) / recording.sampleRate;
-        input = std::move(recording.channels);
-        input.resize(std::min<std::size_t>(input.size(), std::size_t(s.numSources)));
+            s.sampleRate = static_cast<float>(recording.getSampleRate());
+        else if (recording.getSampleRate() != double(s.sampleRate))
+            throw UsageError("\"" + s.inputPath + "\" is at " + std::to_string(fileRate) + " Hz and --samplerate asks for " +
+                             std::to_string(static_cast<std::uint64_t>(s.sampleRate)) + " Hz; this tool does not resample");
+        if (recording.getNumChannels() > std::uint32_t(s.numSources))
+            notes.push_back("\"" + s.inputPath + "\" has " + plural(recording.getNumChannels(), "channel") +
+                            "; only the first " + std::to_string(s.numSources) + " feed sources");
+        inputSeconds = double(recording.getNumFrames()) / recording.getSampleRate();
     }
-    else
-    {
-        for (int c = 0; c < s.numSources; ++c)
-            input.push_back(std::vector<float>{(s.impulseSource == 0 || s.impulseSource == c + 1) ? 1.0f : 0.0f});
-    }
-
     const auto sources = static_cast<std::uint32_t>(s.numSources);
     const auto speakers = static_cast<std::uint32_t>(s.numSpeakers);
     const auto internals = static_cast<std::uint32_t>(s.numInternals);
     if (!Quor::TarvoVerb::isConfigurationValid(sources, speakers, internals))
-        throw UsageError("no reverberator can be built with " + std::to_string(sources) + " sources, " +
-                         std::to_string(speakers) + " speakers and " + std::to_string(internals) +
-                         " internal channels");
-    auto verb = std::make_unique<Quor::TarvoVerb>(internals);
+        throw UsageError("no reverberator can be built with " + plural(sources, "source") + ", " +
+                         plural(speakers, "speaker") + " and " + plural(internals, "internal channel"));
+    const double seconds = s.duration > 0.0 ? s.duration : automaticDuration(s, inputSeconds);
+    job.numFrames = static_cast<std::uint64_t>(seconds * double(s.sampleRate) + 0.5);
+    return job;
+}
+
+RenderReport renderRoom(RenderJob& job, std::vector<std::string>& notes, const BlockSink& sink)
+{
+    const RenderSettings& s = job.settings;
+    const auto sources = static_cast<std::uint32_t>(s.numSources);
+    const auto speakers = static_cast<std::uint32_t>(s.numSpeakers);
+    auto verb = std::make_unique<Quor::TarvoVerb>(static_cast<std::uint32_t>(s.numInternals));
     const auto blockSize = static_cast<std::uint32_t>(s.blockSize);
     verb->configure(s.sampleRate, blockSize, sources, speakers);
     if (!verb->isConfigured())
@@ -145,18 +197,66 @@ Rendering renderRoom(const RenderSettings& requested, std::vector<std::string>& 
 
     // The audio thread's mode: no denormals in the recursive parts.
     ondo::primitives::setDenormalsAreZero(true);
-    run(*verb, {}, static_cast<std::size_t>(settlingSeconds * s.sampleRate), blockSize, nullptr);
+    run(*verb, nullptr, false, 0, static_cast<std::uint64_t>(settlingSeconds * double(s.sampleRate)), blockSize,
+        nullptr);
     verb->clear();
+    const std::uint64_t unusableBefore = verb->getNonFiniteInputCount();
 
-    const double seconds = s.duration > 0.0 ? s.duration : automaticDuration(s, inputSeconds);
-    const auto frames = static_cast<std::size_t>(seconds * s.sampleRate + 0.5);
-    Rendering rendering;
-    rendering.output.sampleRate = s.sampleRate;
-    rendering.output.channels.assign(speakers, std::vector<float>(frames));
+    RenderReport report;
     const auto start = std::chrono::steady_clock::now();
-    run(*verb, input, frames, blockSize, &rendering.output.channels);
-    rendering.cpuSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    run(*verb, job.input.get(), job.input == nullptr, s.impulseSource, job.numFrames, blockSize, &sink);
+    report.cpuSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     ondo::primitives::setDenormalsAreZero(false);
+    report.unusableInputs = verb->getNonFiniteInputCount() - unusableBefore;
+    return report;
+}
+
+Rendering renderRoom(const RenderSettings& settings, std::vector<std::string>& notes)
+{
+    RenderJob job = prepareRender(settings, notes);
+    Rendering rendering;
+    rendering.output.sampleRate = job.settings.sampleRate;
+    rendering.output.channels.assign(std::size_t(job.settings.numSpeakers), {});
+    for (auto& channel : rendering.output.channels)
+        channel.reserve(job.numFrames);
+    rendering.report = renderRoom(job, notes, [&](const float* const* channels, std::uint32_t n) {
+        for (std::size_t c = 0; c < rendering.output.channels.size(); ++c)
+            rendering.output.channels[c].insert(rendering.output.channels[c].end(), channels[c], channels[c] + n);
+    });
     return rendering;
+}
+
+FileRendering renderToFile(const RenderSettings& settings, std::vector<std::string>& notes, std::uint64_t rf64Above)
+{
+    RenderJob job = prepareRender(settings, notes);
+    checkOutput(job, rf64Above);
+    const RenderSettings& s = job.settings;
+    const auto speakers = static_cast<std::uint32_t>(s.numSpeakers);
+    FileRendering result;
+    result.numFrames = job.numFrames;
+    result.sampleRate = s.sampleRate;
+    result.numChannels = speakers;
+    WavWriter writer(s.outputPath, speakers, s.sampleRate, job.numFrames, rf64Above);
+    try
+    {
+        result.rf64 = writer.isRf64();
+        // Decay times mean something for an impulse response alone.
+        ResponseMeter meter(speakers, s.sampleRate, job.input == nullptr ? analysisBudget / speakers : 0);
+        result.report = renderRoom(job, notes, [&](const float* const* channels, std::uint32_t n) {
+            writer.write(channels, n);
+            meter.add(channels, n);
+        });
+        writer.close();
+        result.summary = meter.summary();
+        result.summary.impulseOnEverySource = job.input == nullptr && s.impulseSource == 0 && s.numSources > 1;
+    }
+    catch (...)
+    {
+        writer.abandon();
+        std::error_code ignored;
+        std::filesystem::remove(s.outputPath, ignored);
+        throw;
+    }
+    return result;
 }
 } // namespace tarvo::render

@@ -1,8 +1,14 @@
 #pragma once
 
 #include "RenderSettings.h"
+#include "ResponseSummary.h"
 #include "WavFile.h"
+#include "WavReader.h"
+#include "WavWriter.h"
 
+#include <cstdint>
+#include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -22,15 +28,57 @@ void applySettings(Quor::TarvoVerb& verb, const RenderSettings& settings, std::v
 /// half a second; 10 s of a frozen tail.
 double automaticDuration(const RenderSettings& settings, double inputSeconds);
 
-/// What came out of a render, and how long it took.
-struct Rendering
+/// A render ready to run: the recording opened, the rate and the length settled.
+struct RenderJob
 {
-    Audio output;          ///< one channel per speaker
-    double cpuSeconds = 0; ///< time spent in the reverberator itself
+    RenderSettings settings;
+    std::unique_ptr<WavReader> input; ///< null for an impulse
+    std::uint64_t numFrames = 0;
 };
 
-/// Renders the room: an impulse on the sources (or a recording, channel c into source c)
-/// through a reverberator built and set from `settings`. Offline; allocates. Throws
-/// `UsageError` for settings the reverberator can't take, `AudioFileError` for the input.
+/// Everything that can be checked before the room runs: the recording can be read and its
+/// rate is one the reverberator takes, and the counts build a reverberator. Throws
+/// `UsageError` or `AudioFileError` with the reason.
+RenderJob prepareRender(const RenderSettings& settings, std::vector<std::string>& notes);
+
+/// Receives the output a block at a time: one pointer a speaker, `n` frames.
+using BlockSink = std::function<void(const float* const* channels, std::uint32_t n)>;
+
+struct RenderReport
+{
+    double cpuSeconds = 0.0;          ///< time spent rendering, the sink (file writing) included
+    std::uint64_t unusableInputs = 0; ///< input samples the reverberator replaced by silence
+};
+
+/// Renders the room: an impulse on the sources (or the recording, channel c into source c)
+/// through a reverberator built and set from the job, block by block into `sink`, so that
+/// memory stays the same whatever the length. Offline; allocates.
+RenderReport renderRoom(RenderJob& job, std::vector<std::string>& notes, const BlockSink& sink);
+
+/// A whole render in memory, for short renders and tests.
+struct Rendering
+{
+    Audio output; ///< one channel per speaker
+    RenderReport report;
+};
 Rendering renderRoom(const RenderSettings& settings, std::vector<std::string>& notes);
+
+/// What a render to a file did.
+struct FileRendering
+{
+    std::uint64_t numFrames = 0;
+    double sampleRate = 0.0;
+    std::uint32_t numChannels = 0;
+    bool rf64 = false;
+    RenderReport report;
+    ResponseSummary summary;
+};
+
+/// Renders to `settings.outputPath`, streaming, and measures the response on the way. Before
+/// the room runs it refuses an output that is the input, that can't be created, or that the
+/// disk has no room for; a render that fails midway leaves no file behind. `rf64Above` is
+/// the RIFF size above which RF64 is written (tests lower it). Throws `UsageError` or
+/// `AudioFileError` with the reason.
+FileRendering renderToFile(const RenderSettings& settings, std::vector<std::string>& notes,
+                           std::uint64_t rf64Above = WavWriter::riffLimit);
 } // namespace tarvo::render

@@ -23,9 +23,9 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/// Reads a WAV file: 16-, 24- or 32-bit PCM, or 32- or 64-bit float, plain or extensible.
+/// Reads a whole WAV file into memory (see `WavReader`). Allocates.
 Audio readAudioFile(const std::string& path);
 
-/// Writes 32-bit float WAV, any channel count.
+/// Writes `audio` as 32-bit float WAV (see `WavWriter`). Allocates.
 void writeWavFloat(const std::string& path, const Audio& audio);
 } // namespace tarvo::render

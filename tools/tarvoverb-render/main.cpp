@@ -4,7 +4,6 @@
 #include "RenderSettings.h"
 #include "Renderer.h"
 #include "ResponseSummary.h"
-#include "WavFile.h"
 #include "text/TarvoDspVersion.h"
 
 #include <cstdio>
@@ -52,12 +51,11 @@ int main(int argc, char** argv)
     const RenderSettings& settings = line.settings;
 
     std::vector<std::string> notes;
-    Rendering rendering;
+    FileRendering rendering;
     try
     {
-        rendering = renderRoom(settings, notes);
+        rendering = renderToFile(settings, notes);
         printNotes(notes);
-        writeWavFloat(settings.outputPath, rendering.output);
     }
     catch (const UsageError& error)
     {
@@ -65,29 +63,31 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "tarvoverb-render: %s\n", error.what());
         return 2;
     }
-    catch (const AudioFileError& error)
-    {
-        std::fprintf(stderr, "tarvoverb-render: %s\n", error.what());
-        return 1;
-    }
     catch (const std::exception& error)
     {
+        printNotes(notes);
         std::fprintf(stderr, "tarvoverb-render: %s\n", error.what());
         return 1;
     }
+    if (rendering.report.unusableInputs > 0)
+        std::fprintf(stderr,
+                     "tarvoverb-render: note: %llu input samples were NaN, infinite or beyond 2^64 and were "
+                     "rendered as silence\n",
+                     static_cast<unsigned long long>(rendering.report.unusableInputs));
 
     if (settings.quiet)
         return 0;
-    const Audio& output = rendering.output;
-    const double seconds = double(output.numFrames()) / output.sampleRate;
+    const double seconds = double(rendering.numFrames) / rendering.sampleRate;
+    const double cpu = rendering.report.cpuSeconds;
     std::printf("%s\n", ondo::getLibraryVersionLine(true).c_str());
-    std::printf("room: %d sources, %d speakers, %d internal channels at %g Hz; tr0 %g s (low %g, middle %g, "
-                "high %g), air %s\n",
-                settings.numSources, settings.numSpeakers, settings.numInternals, output.sampleRate, settings.tr0,
-                settings.trl, settings.trm, settings.trh, settings.air != 0 ? "on" : "off");
+    std::printf("room: %s, %s, %d internal channels at %g Hz; tr0 %g s (low %g, middle %g, high %g), air %s\n",
+                plural(settings.numSources, "source").c_str(), plural(settings.numSpeakers, "speaker").c_str(),
+                settings.numInternals, rendering.sampleRate, settings.tr0, settings.trl, settings.trm, settings.trh,
+                settings.air != 0 ? "on" : "off");
     std::printf("rendered %s: %.3f s in %.3f s of processing (%.0f times real time)\n", describeInput(settings).c_str(),
-                seconds, rendering.cpuSeconds, rendering.cpuSeconds > 0.0 ? seconds / rendering.cpuSeconds : 0.0);
-    std::printf("wrote %s: %zu channels of 32-bit float\n\n", settings.outputPath.c_str(), output.channels.size());
-    std::fputs(formatSummary(summarizeResponse(output)).c_str(), stdout);
+                seconds, cpu, cpu > 0.0 ? seconds / cpu : 0.0);
+    std::printf("wrote %s: %s of 32-bit float%s\n\n", settings.outputPath.c_str(),
+                plural(rendering.numChannels, "channel").c_str(), rendering.rf64 ? ", RF64 (over 4 GB)" : "");
+    std::fputs(formatSummary(rendering.summary).c_str(), stdout);
     return 0;
 }

@@ -1,6 +1,7 @@
 #include "reverb/QuorTarvoVerb.h"
 
 #include "containers/TarvoDspBlockPieces.h"
+#include "math/TarvoDspNonFinite.h"
 #include "math/TarvoDspVectorPrimitives.h"
 
 #include <algorithm>
@@ -30,6 +31,33 @@ constexpr float lowestDistribution = 0.1f;
 constexpr float highestDistribution = 0.9f;
 constexpr float lowestDensity = 0.2f;
 constexpr float highestDensity = 4.0f;
+
+// Numbers from outside are made usable before anything stores them: a NaN leaves the
+// parameter (or coordinate) as it was, and values too large to compute with, infinities
+// included, are held to the limits below. Everything else meets the usual clamps at the point
+// of use. So no setter can put a non-finite value into a ramp, a filter or a delay.
+constexpr float largestFloat = 3.4028235e38f;
+constexpr float lowestLevelDb = -200.0f;
+constexpr float highestLevelDb = 60.0f;
+constexpr float highestBandDb = 60.0f;
+constexpr float widestEarlyDegrees = 360.0f;
+/// Beyond 100 m a source only changes its direction, which survives the hold.
+constexpr float farthestPosition = 1000.0f;
+
+float usable(float asked, float present, float lowest = -largestFloat, float highest = largestFloat)
+{
+    return ondo::NonFinite::held(asked, lowest, highest, present);
+}
+
+ondo::HLShelfParameters usableShelf(const ondo::HLShelfParameters& asked, const ondo::HLShelfParameters& present)
+{
+    return {usable(asked.G0, present.G0, lowestLevelDb, highestLevelDb),
+            usable(asked.Gl, present.Gl, -highestBandDb, highestBandDb),
+            usable(asked.Gm, present.Gm, -highestBandDb, highestBandDb),
+            usable(asked.Gh, present.Gh, -highestBandDb, highestBandDb),
+            usable(asked.fl, present.fl),
+            usable(asked.fh, present.fh)};
+}
 
 /// A shelf with its overall gain taken out: that gain rides on the section's ramp instead.
 ondo::HLShelfParameters withoutGain(ondo::HLShelfParameters parameters)
@@ -190,6 +218,9 @@ void TarvoVerb::clear()
 
 void TarvoVerb::process(float** outputs, float** inputs, std::uint32_t numSamples)
 {
+    // One NaN let into a recursive stage would stay there for good.
+    for (std::uint32_t c = 0; c < numInputs; ++c)
+        nonFiniteInputCount = nonFiniteInputCount + ondo::NonFinite::zeroSamples(inputs[c], numSamples);
     // Blocks longer than the buffers are served in pieces, so nothing is ever written past them.
     const auto capacity = static_cast<std::uint32_t>(directBuffer.getNumSamples());
     ondo::forEachPiece(inputsReference, inputs, numInputs, outputsReference, outputs, numOutputs, numSamples, capacity,
@@ -277,10 +308,11 @@ void TarvoVerb::renderBlock(std::uint32_t n)
     panLate->processAdd(out, late, n);
 }
 
-void TarvoVerb::setSourcePosition(std::uint32_t index, const ondo::Point3& p)
+void TarvoVerb::setSourcePosition(std::uint32_t index, const ondo::Point3& asked)
 {
     if (index >= sourcePositions.size())
         return;
+    const ondo::Point3 p = ondo::NonFinite::heldPosition(asked, sourcePositions[index], farthestPosition);
     sourcePositions[index] = p;
     if (panDirect)
         panDirect->setSourcePosition(index, p, false);
@@ -308,8 +340,12 @@ void TarvoVerb::setSourcePosition(std::uint32_t index, const ondo::Point3& p)
     sourceRoomGain[index].setTarget(1.0f / d, static_cast<double>(distanceGainGlideMs));
 }
 
-void TarvoVerb::setSpeakerPositions(const ondo::Point3Array& positions)
+void TarvoVerb::setSpeakerPositions(const ondo::Point3Array& asked)
 {
+    ondo::Point3Array positions = asked;
+    for (std::size_t k = 0; k < positions.size(); ++k)
+        positions[k] = ondo::NonFinite::heldPosition(
+            asked[k], k < speakerPositions.size() ? speakerPositions[k] : ondo::Point3(), farthestPosition);
     speakerPositions = positions;
     if (panDirect)
         panDirect->setSpeakers(positions);
@@ -322,28 +358,32 @@ float TarvoVerb::dbToGain(float dB)
     return std::sqrt(std::pow(10.0f, 0.1f * dB));
 }
 
-void TarvoVerb::setDirectFilter(const ondo::HLShelfParameters& p)
+void TarvoVerb::setDirectFilter(const ondo::HLShelfParameters& asked)
 {
+    const ondo::HLShelfParameters p = usableShelf(asked, parameters.directFilterParams);
     parameters.directFilterParams = p;
     directGain.setTarget(dbToGain(p.G0), static_cast<double>(sectionGainGlideMs));
     directFilter.setParameters(withoutGain(p), false);
 }
 
-void TarvoVerb::setRoomFilter(const ondo::HLShelfParameters& p)
+void TarvoVerb::setRoomFilter(const ondo::HLShelfParameters& asked)
 {
+    const ondo::HLShelfParameters p = usableShelf(asked, parameters.roomFilterParams);
     parameters.roomFilterParams = p;
     roomFilter.setParameters(p, false);
 }
 
-void TarvoVerb::setEarlyFilter(const ondo::HLShelfParameters& p)
+void TarvoVerb::setEarlyFilter(const ondo::HLShelfParameters& asked)
 {
+    const ondo::HLShelfParameters p = usableShelf(asked, parameters.earlyFilterParams);
     parameters.earlyFilterParams = p;
     earlyGain.setTarget(dbToGain(p.G0), static_cast<double>(sectionGainGlideMs));
     earlyFilter.setParameters(withoutGain(p), false);
 }
 
-void TarvoVerb::setClusterFilter(const ondo::HLShelfParameters& p)
+void TarvoVerb::setClusterFilter(const ondo::HLShelfParameters& asked)
 {
+    const ondo::HLShelfParameters p = usableShelf(asked, parameters.clusterFilterParams);
     parameters.clusterFilterParams = p;
     clusterGain.setTarget(dbToGain(p.G0), static_cast<double>(sectionGainGlideMs));
     clusterFilter.setParameters(withoutGain(p), false);
@@ -351,92 +391,92 @@ void TarvoVerb::setClusterFilter(const ondo::HLShelfParameters& p)
 
 void TarvoVerb::setEarlyMin(float ms)
 {
-    parameters.earlyMin = ms;
+    parameters.earlyMin = usable(ms, parameters.earlyMin);
     updateEarly();
     updateCluster();
 }
 
 void TarvoVerb::setEarlyMax(float ms)
 {
-    parameters.earlyMax = ms;
+    parameters.earlyMax = usable(ms, parameters.earlyMax);
     updateEarly();
     updateCluster();
 }
 
 void TarvoVerb::setEarlyDistribution(float distribution)
 {
-    parameters.earlyDistribution = distribution;
+    parameters.earlyDistribution = usable(distribution, parameters.earlyDistribution);
     updateEarly();
     updateCluster();
 }
 
 void TarvoVerb::setEarlyWidth(float degrees)
 {
-    parameters.earlyWidth = degrees;
+    parameters.earlyWidth = usable(degrees, parameters.earlyWidth, -widestEarlyDegrees, widestEarlyDegrees);
     for (std::uint32_t i = 0; i < sourcePositions.size(); ++i)
         setSourcePosition(i, sourcePositions[i]);
 }
 
 void TarvoVerb::setEarlyShape(float shape)
 {
-    parameters.earlyShape = shape;
+    parameters.earlyShape = usable(shape, parameters.earlyShape);
     computeEarlyGainsNow();
 }
 
 void TarvoVerb::setClusterMin(float ms)
 {
-    parameters.clusterMin = ms;
+    parameters.clusterMin = usable(ms, parameters.clusterMin);
     updateCluster();
     updateLateDelays();
 }
 
 void TarvoVerb::setClusterMax(float ms)
 {
-    parameters.clusterMax = ms;
+    parameters.clusterMax = usable(ms, parameters.clusterMax);
     updateCluster();
     updateLateDelays();
 }
 
 void TarvoVerb::setClusterDistribution(float distribution)
 {
-    parameters.clusterDistribution = distribution;
+    parameters.clusterDistribution = usable(distribution, parameters.clusterDistribution);
     updateCluster();
     updateLateDelays();
 }
 
 void TarvoVerb::setReverbMin(float ms)
 {
-    parameters.reverbMin = ms;
+    parameters.reverbMin = usable(ms, parameters.reverbMin);
     updateLateDelays();
 }
 
 void TarvoVerb::setReverbDensity(float seconds)
 {
-    parameters.reverbDensity = seconds;
+    parameters.reverbDensity = usable(seconds, parameters.reverbDensity);
     updateLateDelays();
 }
 
 void TarvoVerb::setReverbGain(float dB)
 {
-    parameters.reverbGainDb = dB;
-    reverbGain.setTarget(dbToGain(dB), static_cast<double>(sectionGainGlideMs));
+    parameters.reverbGainDb = usable(dB, parameters.reverbGainDb, lowestLevelDb, highestLevelDb);
+    reverbGain.setTarget(dbToGain(parameters.reverbGainDb), static_cast<double>(sectionGainGlideMs));
 }
 
 void TarvoVerb::setReverbTimes(const ondo::HLShelfParameters& decay, float dB)
 {
     setReverbGain(dB);
-    parameters.tr0 = decay.G0;
-    parameters.trl = decay.Gl;
-    parameters.trm = decay.Gm;
-    parameters.trh = decay.Gh;
-    parameters.fl = decay.fl;
-    parameters.fh = decay.fh;
-    reverb.setTr0(decay.G0, false);
-    reverb.setTrl(decay.Gl, false);
-    reverb.setTrm(decay.Gm, false);
-    reverb.setTrh(decay.Gh, false);
-    reverb.setFl(decay.fl, false);
-    reverb.setFh(decay.fh, false);
+    parameters.tr0 = usable(decay.G0, parameters.tr0);
+    parameters.trl = usable(decay.Gl, parameters.trl);
+    parameters.trm = usable(decay.Gm, parameters.trm);
+    parameters.trh = usable(decay.Gh, parameters.trh);
+    parameters.fl = usable(decay.fl, parameters.fl);
+    parameters.fh = usable(decay.fh, parameters.fh);
+    reverb.setTr0(parameters.tr0, false);
+    reverb.setTrl(parameters.trl, false);
+    reverb.setTrm(parameters.trm, false);
+    reverb.setTrh(parameters.trh, false);
+    reverb.setFl(parameters.fl, false);
+    reverb.setFh(parameters.fh, false);
 }
 
 void TarvoVerb::setAirEnabled(bool enabled)
@@ -447,6 +487,9 @@ void TarvoVerb::setAirEnabled(bool enabled)
 
 void TarvoVerb::setAirCutoff(float hertz)
 {
+    // Not stored here: a NaN is simply not handed on.
+    if (std::isnan(hertz))
+        return;
     reverb.setAirCutoff(hertz);
 }
 

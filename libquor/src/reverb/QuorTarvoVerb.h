@@ -135,6 +135,9 @@ public:
     const ondo::Ramp& getSourceDirectGain(std::uint32_t index) const { return sourceDirectGain[index]; }
     const ondo::Ramp& getSourceRoomGain(std::uint32_t index) const { return sourceRoomGain[index]; }
     float getEarlyGain(std::uint32_t channel) const { return earlyGains[channel]; }
+    /// Input samples that `process` found unusable (NaN, infinite or beyond 2^64) and replaced
+    /// by 0, since construction. Any thread.
+    std::uint64_t getNonFiniteInputCount() const { return nonFiniteInputCount; }
     /// The linear gain of a level in dB.
     static float dbToGain(float dB);
 
@@ -186,5 +189,7 @@ private:
     ondo::MixTerms earlyFoldTerms;
     ondo::AudioBufferReference<float> inputsReference;
     ondo::AudioBufferReference<float> outputsReference;
+    /// Written by the audio thread alone, read by any.
+    ondo::RelaxedAtomic<std::uint64_t> nonFiniteInputCount = 0;
 };
 } // namespace Quor

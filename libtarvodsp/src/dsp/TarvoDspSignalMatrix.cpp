@@ -22,10 +22,30 @@ void store(Vector<float>& v, std::size_t i, float value)
     std::atomic_ref<float>(v[i]).store(value, std::memory_order_relaxed);
 }
 
+// The pending set is the one a control thread writes while the audio thread copies it. Its
+// elements are stored with release and read with acquire, so that a copy which saw any new
+// gain also sees the odd write sequence that preceded it (the check in `advanceGrid`). On x86
+// these are plain moves.
+float loadPending(const Vector<float>& v, std::size_t i)
+{
+    return std::atomic_ref<float>(const_cast<float&>(v[i])).load(std::memory_order_acquire);
+}
+
+void storePending(Vector<float>& v, std::size_t i, float value)
+{
+    std::atomic_ref<float>(v[i]).store(value, std::memory_order_release);
+}
+
 void copyGains(const Vector<float>& from, Vector<float>& to)
 {
     for (std::size_t i = 0; i < to.size(); ++i)
         store(to, i, load(from, i));
+}
+
+void copyPendingGains(const Vector<float>& pending, Vector<float>& to)
+{
+    for (std::size_t i = 0; i < to.size(); ++i)
+        store(to, i, loadPending(pending, i));
 }
 
 /// Below this a standing gain is not worth a multiply-add.
@@ -69,12 +89,11 @@ void SignalMatrix::writeGains(bool immediately, Write&& write)
 {
     const bool jump = immediately || rampLength == 0;
     writeSequence.fetch_add(1, std::memory_order_relaxed);
-    std::atomic_thread_fence(std::memory_order_release);
-    write(pendingGains);
+    write(pendingGains, storePending);
     if (jump)
     {
-        write(targetGains);
-        write(startGains);
+        write(targetGains, store);
+        write(startGains, store);
     }
     writeSequence.fetch_add(1, std::memory_order_release);
 }
@@ -84,14 +103,14 @@ void SignalMatrix::setGain(std::uint32_t input, std::uint32_t output, float valu
     if (input >= numInputs || output >= numOutputs)
         return;
     const std::size_t i = std::size_t(input) * numOutputs + output;
-    writeGains(immediately, [&](Vector<float>& g) { store(g, i, value); });
+    writeGains(immediately, [&](Vector<float>& g, auto put) { put(g, i, value); });
 }
 
 void SignalMatrix::setGains(float value, bool immediately)
 {
-    writeGains(immediately, [&](Vector<float>& g) {
+    writeGains(immediately, [&](Vector<float>& g, auto put) {
         for (std::size_t i = 0; i < g.size(); ++i)
-            store(g, i, value);
+            put(g, i, value);
     });
 }
 
@@ -100,9 +119,9 @@ void SignalMatrix::setGainsForInput(std::uint32_t input, const float* values, bo
     if (input >= numInputs || values == nullptr)
         return;
     const std::size_t row = std::size_t(input) * numOutputs;
-    writeGains(immediately, [&](Vector<float>& g) {
+    writeGains(immediately, [&](Vector<float>& g, auto put) {
         for (std::uint32_t o = 0; o < numOutputs; ++o)
-            store(g, row + o, values[o]);
+            put(g, row + o, values[o]);
     });
 }
 
@@ -116,7 +135,7 @@ void SignalMatrix::setRampTime(float ms)
     {
         rampStep = 1.0f;
         copyGains(targetGains, startGains);
-        copyGains(pendingGains, targetGains);
+        copyPendingGains(pendingGains, targetGains);
     }
     else
         rampStep = 1.0f / static_cast<float>(length);
@@ -164,8 +183,8 @@ void SignalMatrix::advanceGrid()
 {
     copyGains(targetGains, startGains);
     const std::uint32_t before = writeSequence.load(std::memory_order_acquire);
-    copyGains(pendingGains, targetGains);
-    std::atomic_thread_fence(std::memory_order_acquire);
+    // Acquire loads of the pending gains keep the second look at the sequence after them.
+    copyPendingGains(pendingGains, targetGains);
     // A write was under way: the copy may be torn, so stand still for one ramp and take
     // the completed set at the next boundary.
     if ((before & 1u) != 0 || writeSequence.load(std::memory_order_relaxed) != before)

@@ -82,6 +82,13 @@ TEST(PositionMessages, BadSourceMessagesAreRefusedInTheObjectsWords)
               std::string::npos);
     EXPECT_NE(refusal([&] { parseSourceMessage("1 xyz 1 two 3", present, notes); }).find("not a number"),
               std::string::npos);
+    // Numbers beyond int and float: refused as written, never converted first (that was UB).
+    EXPECT_NE(refusal([&] { parseSourceMessage("1e10 ade 0 1 0", present, notes); }).find("invalid source index 1e10"),
+              std::string::npos);
+    EXPECT_NE(refusal([&] { parseSourceMessage("-3e9 ade 0 1 0", present, notes); }).find("invalid source index -3e9"),
+              std::string::npos);
+    EXPECT_NE(refusal([&] { parseSourceMessage("1 xyz 1e40 0 0", present, notes); }).find("too large"),
+              std::string::npos);
 }
 
 TEST(PositionMessages, SpeakersMessagePlacesEverySpeakerFromTheOrigin)

@@ -1,5 +1,7 @@
 #include "RenderSettings.h"
 
+#include "math/TarvoDspCoordinates.h"
+
 #include <gtest/gtest.h>
 
 namespace
@@ -126,5 +128,30 @@ TEST(RenderSettings, HelpListsEveryOptionWithItsDefault)
         EXPECT_NE(help.find(name), std::string::npos) << name;
     EXPECT_NE(help.find("default 1.995, 0.1..100"), std::string::npos) << "tr0's default and range";
     EXPECT_NE(help.find("default 0 0 0 0 177 5657"), std::string::npos);
+}
+// Values beyond float and int are clipped before any narrowing, and the note quotes them as
+// written (it printed "inf" and "1e+09").
+TEST(RenderSettings, ClipNotesQuoteHugeValuesAsWritten)
+{
+    const CommandLine line = parse({"--tr0", "1e40", "--numspeakers", "99999999999999999999", "--gain", "-1e300"});
+    EXPECT_EQ(line.settings.tr0, 100.0f);
+    EXPECT_EQ(line.settings.numSpeakers, 64);
+    EXPECT_EQ(line.settings.gain, -30.0f);
+    ASSERT_EQ(line.notes.size(), 3u);
+    EXPECT_EQ(line.notes[0], "--tr0 1e40 is outside 0.1..100; clipped to 100");
+    EXPECT_EQ(line.notes[1], "--numspeakers 99999999999999999999 is outside 1..64; clipped to 64");
+    EXPECT_EQ(line.notes[2], "--gain -1e300 is outside -30..30; clipped to -30");
+}
+
+TEST(RenderSettings, HelpExplainsEveryCoordinateNotation)
+{
+    const std::string help = tarvo::render::helpText();
+    EXPECT_EQ(help.find("shapeone"), std::string::npos);
+    EXPECT_EQ(help.find("Xone"), std::string::npos) << "a long usage still has blanks before its help";
+    EXPECT_NE(help.find("Azimuth 0 is the\nfront and positive to the right, elevation positive up"), std::string::npos);
+    for (std::int32_t f = ondo::Coordinates::xyz; f < ondo::Coordinates::none; ++f)
+        EXPECT_NE(help.find("\n  " + ondo::Coordinates::toString(static_cast<ondo::Coordinates::Format>(f)) + " "),
+                  std::string::npos)
+            << f;
 }
 } // namespace

@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <filesystem>
+#include <limits>
 
 namespace
 {
@@ -118,5 +120,113 @@ TEST(Renderer, RecordingSetsTheRateAndTheLength)
     EXPECT_NEAR(automaticDuration(settings, 1.0), 1.0 + 1.995 + 0.5, 1e-6) << "tr0 is a float";
     settings.infinite = 1;
     EXPECT_DOUBLE_EQ(automaticDuration(settings, 1.0), 11.0);
+}
+std::string temporaryWav(const std::string& name, double rate, const std::vector<float>& samples)
+{
+    const std::string path = (std::filesystem::temp_directory_path() / name).string();
+    Audio audio;
+    audio.sampleRate = rate;
+    audio.channels = {samples};
+    writeWavFloat(path, audio);
+    return path;
+}
+
+template <typename Call>
+std::string refusal(Call&& call)
+{
+    try
+    {
+        call();
+    }
+    catch (const std::exception& error)
+    {
+        return error.what();
+    }
+    return "";
+}
+
+// Rates the reverberator can't run at are refused at once with the rate and the range: they
+// gave UB (3e9 Hz), a warm-up of hours (4e9 Hz), wrong decays (4000 Hz) or silence (1 Hz).
+TEST(Renderer, RecordingsAtRatesTheRoomCantRunAreRefused)
+{
+    for (double rate : {3e9, 4e9, 4000.0, 1.0, 400000.0})
+    {
+        const std::string path = temporaryWav("tarvoverb-rate.wav", rate, {0.5f, 0.25f});
+        RenderSettings settings;
+        settings.inputPath = path;
+        std::vector<std::string> notes;
+        const std::string message = refusal([&] { renderRoom(settings, notes); });
+        EXPECT_NE(message.find(" is at " + std::to_string(std::uint64_t(rate)) + " Hz"), std::string::npos) << message;
+        EXPECT_NE(message.find("8000 to 384000 Hz"), std::string::npos) << message;
+        std::filesystem::remove(path);
+    }
+}
+
+TEST(Renderer, OutputThatIsTheInputIsRefusedAndTheRecordingKept)
+{
+    const std::string path = temporaryWav("tarvoverb-same.wav", 44100.0, {0.5f, 0.25f});
+    const auto before = std::filesystem::file_size(path);
+    RenderSettings settings;
+    settings.inputPath = path;
+    settings.outputPath = (std::filesystem::path(path).parent_path() / "." / "tarvoverb-same.wav").string();
+    std::vector<std::string> notes;
+    EXPECT_NE(refusal([&] { renderToFile(settings, notes); }).find("is the --in file"), std::string::npos);
+    EXPECT_EQ(std::filesystem::file_size(path), before);
+    EXPECT_EQ(readAudioFile(path).channels[0], (std::vector<float>{0.5f, 0.25f}));
+    std::filesystem::remove(path);
+}
+
+// A float recording full of NaN and infinities renders as silence, says how many samples it
+// dropped, and measures no decay: a recording's decay means nothing.
+TEST(Renderer, UnusableRecordingSamplesAreCountedAndRenderedAsSilence)
+{
+    const float nan = std::numeric_limits<float>::quiet_NaN(), inf = std::numeric_limits<float>::infinity();
+    std::vector<float> samples(4410, nan);
+    samples[1] = inf;
+    samples[2] = -inf;
+    samples[3] = 3e38f;
+    samples[4] = 0.5f;
+    const std::string in = temporaryWav("tarvoverb-nan-in.wav", 44100.0, samples);
+    RenderSettings settings;
+    settings.inputPath = in;
+    settings.outputPath = (std::filesystem::temp_directory_path() / "tarvoverb-nan-out.wav").string();
+    settings.duration = 1.0;
+    std::vector<std::string> notes;
+    const FileRendering rendering = renderToFile(settings, notes);
+    EXPECT_EQ(rendering.report.unusableInputs, 4409u) << "all but the one sample of 0.5";
+    EXPECT_TRUE(rendering.summary.bandCentres.empty());
+    const Audio out = readAudioFile(settings.outputPath);
+    double energy = 0.0;
+    for (const auto& channel : out.channels)
+        for (float v : channel)
+        {
+            ASSERT_TRUE(std::isfinite(v));
+            energy += double(v) * v;
+        }
+    EXPECT_GT(energy, 0.0) << "the one good sample still sounds";
+    const std::string table = formatSummary(rendering.summary);
+    EXPECT_EQ(table.find("T60"), std::string::npos) << table;
+    std::filesystem::remove(in);
+    std::filesystem::remove(settings.outputPath);
+}
+
+// Six sources at 0.3 m, all struck at once: the direct sound alone passes full scale, and the
+// summary says so and why.
+TEST(Renderer, SummarySaysWhenTheResponsePeaksAboveFullScale)
+{
+    RenderSettings settings;
+    settings.outputPath = (std::filesystem::temp_directory_path() / "tarvoverb-loud.wav").string();
+    settings.duration = 0.2;
+    for (int i = 1; i <= 6; ++i)
+        settings.sourceMessages.push_back(std::to_string(i) + " ade 0 0.3 0");
+    std::vector<std::string> notes;
+    const FileRendering loud = renderToFile(settings, notes);
+    EXPECT_NE(formatSummary(loud.summary).find("above full scale"), std::string::npos);
+    EXPECT_NE(formatSummary(loud.summary).find("--impulse-source"), std::string::npos);
+    settings.sourceMessages.clear();
+    settings.impulseSource = 1;
+    const FileRendering quiet = renderToFile(settings, notes);
+    EXPECT_EQ(formatSummary(quiet.summary).find("above full scale"), std::string::npos);
+    std::filesystem::remove(settings.outputPath);
 }
 } // namespace

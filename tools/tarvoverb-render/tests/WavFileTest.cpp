@@ -1,5 +1,8 @@
 #include "WavFile.h"
 
+#include "TestSignals.h"
+#include "WavWriter.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -153,6 +156,64 @@ TEST(WavFileWriting, FloatFileReadsBackBitExact)
     EXPECT_EQ(back.channels, audio.channels);
     // 12 bytes RIFF, 26 fmt, 12 fact, 8 data header, 4 frames of 3 floats.
     EXPECT_EQ(std::filesystem::file_size(path), 12u + 26u + 12u + 8u + 48u);
+    std::remove(path.c_str());
+}
+// Every refusal names the file and says why, in the system's words.
+TEST(WavFileErrors, OutputsThatCantBeCreatedSayWhy)
+{
+    const std::string folder = std::filesystem::temp_directory_path().string();
+    const struct
+    {
+        std::string path;
+        std::string reason;
+    } cases[] = {
+        {folder, "it is a folder"},
+        {folder + "/no-such-folder/x.wav", "No such file or directory"},
+        {"", "has no name"},
+    };
+    for (const auto& c : cases)
+    {
+        std::string message;
+        try
+        {
+            tarvo::render::WavWriter writer(c.path, 2, 44100.0, 10);
+        }
+        catch (const AudioFileError& error)
+        {
+            message = error.what();
+        }
+        EXPECT_NE(message.find(c.reason), std::string::npos) << c.path << ": " << message;
+    }
+    EXPECT_NE(readError(folder).find("is a folder"), std::string::npos);
+}
+
+// Above the RIFF limit (lowered here, so as not to write 4 GB) the file is RF64: the ds64
+// chunk carries the sizes, and both this reader and sox read it back.
+TEST(WavFileWriting, LargeOutputIsWrittenAsRf64)
+{
+    const std::string path = temporaryPath("tarvoverb-rf64.wav");
+    const std::vector<float> left = tarvo::testing::seededNoise(3000, 1), right = tarvo::testing::seededNoise(3000, 2);
+    {
+        tarvo::render::WavWriter writer(path, 2, 48000.0, 3000, 1000);
+        EXPECT_TRUE(writer.isRf64());
+        const float* channels[] = {left.data(), right.data()};
+        writer.write(channels, 3000);
+        writer.close();
+    }
+    std::ifstream in(path, std::ios::binary);
+    char tag[4];
+    in.read(tag, 4);
+    EXPECT_EQ(std::string(tag, 4), "RF64");
+    EXPECT_EQ(std::filesystem::file_size(path), tarvo::render::WavWriter::fileSize(2, 3000, 1000));
+    const Audio back = readAudioFile(path);
+    EXPECT_EQ(back.channels, (std::vector<std::vector<float>>{left, right}));
+    const std::string command = "sox --i -s \"" + path + "\" 2>&1";
+    std::FILE* pipe = popen(command.c_str(), "r");
+    ASSERT_NE(pipe, nullptr);
+    char text[256] = {};
+    const std::size_t got = std::fread(text, 1, sizeof text - 1, pipe);
+    EXPECT_EQ(pclose(pipe), 0) << std::string(text, got);
+    EXPECT_EQ(std::string(text, got), "3000\n") << "sox counts the samples of one channel";
     std::remove(path.c_str());
 }
 } // namespace

@@ -1,0 +1,65 @@
+#include "math/TarvoDspNonFinite.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+
+namespace ondo
+{
+namespace
+{
+constexpr double largest = 3.4028234663852886e38;
+constexpr std::uint32_t magnitudeBits = 0x7fffffffu;
+/// 2^64 as float bits. NaN and infinities lie above it, and so do the finite values that the
+/// engine's gains (up to some 10^4 together) and its sums would carry past the float range.
+constexpr std::uint32_t unusableFrom = 0x5f800000u;
+
+/// An integer test on the bits stays exact under any floating-point mode and vectorises
+/// without branches.
+inline std::uint32_t isNonFinite(float v)
+{
+    return (std::bit_cast<std::uint32_t>(v) & magnitudeBits) >= unusableFrom ? 1u : 0u;
+}
+} // namespace
+
+std::uint32_t NonFinite::zeroSamples(float* samples, std::uint32_t n)
+{
+    std::uint32_t count = 0;
+    for (std::uint32_t i = 0; i < n; ++i)
+        count += isNonFinite(samples[i]);
+    if (count == 0)
+        return 0;
+    for (std::uint32_t i = 0; i < n; ++i)
+        samples[i] = isNonFinite(samples[i]) != 0 ? 0.0f : samples[i];
+    return count;
+}
+
+float NonFinite::held(float value, float lowest, float highest, float fallback)
+{
+    if (std::isnan(value))
+        return fallback;
+    return std::clamp(value, lowest, highest);
+}
+
+Point3 NonFinite::heldPosition(const Point3& position, const Point3& fallback, float farthest)
+{
+    // Infinite coordinates count as the largest finite ones.
+    const auto coordinate = [](float v, float otherwise) {
+        return std::isnan(v) ? double(otherwise) : std::clamp(double(v), -largest, largest);
+    };
+    double x = coordinate(position.x, fallback.x);
+    double y = coordinate(position.y, fallback.y);
+    double z = coordinate(position.z, fallback.z);
+    // Scaled first so that the squares stay finite.
+    const double scale = std::max({std::fabs(x), std::fabs(y), std::fabs(z), 1.0});
+    const double length = scale * std::sqrt((x / scale) * (x / scale) + (y / scale) * (y / scale) + (z / scale) * (z / scale));
+    if (length > double(farthest))
+    {
+        const double shrink = double(farthest) / length;
+        x *= shrink;
+        y *= shrink;
+        z *= shrink;
+    }
+    return Point3(static_cast<float>(x), static_cast<float>(y), static_cast<float>(z));
+}
+} // namespace ondo
