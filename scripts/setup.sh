@@ -3,7 +3,7 @@
 # named as arguments (the tests ask for faust, whose reverb is the benchmarks' peer).
 set -euo pipefail
 
-packages=(cmake ninja-build g++ googletest libgtest-dev libgmock-dev libbenchmark-dev "$@")
+packages=(cmake ninja-build g++ googletest libgtest-dev libgmock-dev libbenchmark-dev libeigen3-dev "$@")
 missing=()
 for p in "${packages[@]}"; do
   dpkg -s "$p" >/dev/null 2>&1 || missing+=("$p")
