@@ -1,7 +1,7 @@
 #include "filterdesign/TarvoDspZeroPoleToSections.h"
 
+#include "common/TarvoDspException.h"
 #include "filterdesign/TarvoDspConjugatePairs.h"
-#include "filterdesign/TarvoDspFilterNorm.h"
 #include "filterdesign/TarvoDspPolynomial.h"
 
 #include <algorithm>
@@ -69,6 +69,16 @@ Vector<RootGroup> groups(const ComplexArray<double>& sorted)
     for (std::size_t i = 0; i < reals.size(); i += 2)
         result.pushBack(i + 1 < reals.size() ? RootGroup{reals[i], reals[i + 1], 2} : RootGroup{reals[i], {}, 1});
     return result;
+}
+// The energy of the impulse response of 1 / (1 + a1 z^-1 + a2 z^-2), in closed form. The
+// recursion FilterNorm runs would need about 1 / (1 - |pole|) samples: millions for the
+// sections of a 10 Hz Chebyshev design, seconds for one design, for the same ranking.
+double recursiveEnergy(double a1, double a2)
+{
+    const double energy = (1.0 + a2) / ((1.0 - a2) * ((1.0 + a2) * (1.0 + a2) - a1 * a1));
+    if (!(std::abs(a2) < 1.0 && std::abs(a1) < 1.0 + a2) || !std::isfinite(energy))
+        throw Exception("unstable polynomial", ONDO_SOURCE_LOCATION);
+    return energy;
 }
 } // namespace
 
@@ -144,9 +154,7 @@ bool zeroPoleToSections(const ZeroPoleGain& model, Matrix<double>& sections, dou
         Section& s = result[i];
         factor(zeroFor[i], s.row);
         factor(poleGroups[i], s.row + 3);
-        const Vector<double> a{1.0, s.row[4], s.row[5]};
-        // A ranking needs few digits: a loose tolerance keeps resonant sections quick.
-        s.norm = FilterNorm(Vector<double>{1.0}, a, 0, 1e-6);
+        s.norm = recursiveEnergy(s.row[4], s.row[5]);
     }
     std::stable_sort(result.begin(), result.end(), [](const Section& x, const Section& y) { return x.norm < y.norm; });
 

@@ -80,7 +80,7 @@ void appendBlock(Matrix<double>& A, Matrix<double>& B, Matrix<double>& C, double
 }
 } // namespace
 
-StateSpace zeroPoleToStateSpace(const ZeroPoleGain& model)
+std::vector<StateSpace> zeroPoleToStateSpaceBlocks(const ZeroPoleGain& model)
 {
     ComplexArray<double> zeros(model.zeros), poles(model.poles);
     if (zeros.size() > poles.size() || !sortIntoConjugatePairs(zeros, 1e-6) || !sortIntoConjugatePairs(poles, 1e-6))
@@ -106,11 +106,7 @@ StateSpace zeroPoleToStateSpace(const ZeroPoleGain& model)
         if (!u)
             throw Exception("invalid polynomial", ONDO_SOURCE_LOCATION);
 
-    StateSpace s;
-    s.A.setSize(0, 0);
-    s.B.setSize(0, 1);
-    s.C.setSize(1, 0);
-    double D = 1.0;
+    std::vector<StateSpace> blocks;
     for (std::size_t i = 0; i < denominators.size(); ++i)
     {
         const Quadratic& den = denominators[i];
@@ -121,22 +117,34 @@ StateSpace zeroPoleToStateSpace(const ZeroPoleGain& model)
         std::array<double, 3> n{0.0, 0.0, 0.0};
         for (int k = 0; k <= num.degree; ++k)
             n[static_cast<std::size_t>(den.degree - num.degree + k)] = num.c[static_cast<std::size_t>(k)];
-        const double d = n[0];
-        Matrix<double> a(m, m), b(m, 1), c(1, m);
+        StateSpace block{Matrix<double>(m, m), Matrix<double>(m, 1), Matrix<double>(1, m), Matrix<double>(1, 1)};
         for (std::uint64_t k = 0; k < m; ++k)
         {
-            a(0, k) = -den.c[k + 1];
-            c(0, k) = n[k + 1] - d * den.c[k + 1];
+            block.A(0, k) = -den.c[k + 1];
+            block.C(0, k) = n[k + 1] - n[0] * den.c[k + 1];
         }
         if (m == 2)
-            a(1, 0) = 1.0;
-        b(0, 0) = 1.0;
-        appendBlock(s.A, s.B, s.C, D, a, b, c, d);
+            block.A(1, 0) = 1.0;
+        block.B(0, 0) = 1.0;
+        block.D(0, 0) = n[0];
+        blocks.push_back(std::move(block));
     }
-    for (std::uint64_t k = 0; k < s.C.getNumColumns(); ++k)
-        s.C(0, k) *= model.gain;
-    s.D.setSize(1, 1);
-    s.D(0, 0) = D * model.gain;
-    return s;
+    if (blocks.empty())
+        blocks.push_back({Matrix<double>(0, 0), Matrix<double>(0, 1), Matrix<double>(1, 0), Matrix<double>(1, 1)});
+    StateSpace& last = blocks.back();
+    for (std::uint64_t k = 0; k < last.C.getNumColumns(); ++k)
+        last.C(0, k) *= model.gain;
+    last.D(0, 0) = blocks.size() == 1 && denominators.empty() ? model.gain : last.D(0, 0) * model.gain;
+    return blocks;
+}
+
+StateSpace zeroPoleToStateSpace(const ZeroPoleGain& model)
+{
+    StateSpace chain{Matrix<double>(0, 0), Matrix<double>(0, 1), Matrix<double>(1, 0), Matrix<double>(1, 1)};
+    double D = 1.0;
+    for (const StateSpace& block : zeroPoleToStateSpaceBlocks(model))
+        appendBlock(chain.A, chain.B, chain.C, D, block.A, block.B, block.C, block.D(0, 0));
+    chain.D(0, 0) = D;
+    return chain;
 }
 } // namespace ondo
