@@ -36,8 +36,12 @@ public:
     /// edges widened by 1% upwards. `passbandRipple` and `stopbandAttenuation` (dB) are read
     /// by the Chebyshev and elliptic families. Order 0 (or below) gives one unit section.
     /// Raises "FilterOrderTooLarge" for an elliptic order that double precision cannot
-    /// reach, "unstable polynomial" for a Bessel order above 25 (no stored poles), and
-    /// "invalid parameter" for a sample rate that is not a positive number.
+    /// reach; "unstable polynomial" when a pole lands on or outside the unit circle (a
+    /// Bessel order above 25, which has no stored poles; a band elliptic design a few orders
+    /// short of the limit, whose poles lie closer to the circle than double precision can
+    /// tell; edges far beyond Nyquist); "invalid polynomial" when the roots come out unusable
+    /// (infinite attenuation); "invalid parameter" for a sample rate that is not a positive
+    /// number.
     static CascadeCoefficients design(int order, double frequency1, double frequency2, double passbandRipple,
                                       double stopbandAttenuation, double sampleRate, FilterType filterType,
                                       AnalogFilterTopology topology);

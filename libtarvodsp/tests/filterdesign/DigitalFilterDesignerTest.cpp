@@ -312,6 +312,34 @@ TEST(DigitalFilterDesigner, RefusalsAreClearErrors)
     raises([] { Designer::design(2, 1000, 0, 1, 40, NAN, Designer::lowpass, Designer::bessel); }, "invalid parameter");
 }
 
+// Whatever the numbers, a design gives finite stable sections or raises the library's
+// exception: edges at and beyond Nyquist, tiny rates, absurd ripples.
+TEST(DigitalFilterDesigner, OddInputsGiveStableSectionsOrClearErrors)
+{
+    const double rates[] = {8000, 20, 1e6};
+    const double edges[] = {0, 4000, 22050, 1e9, -5, NAN};
+    const double ripples[] = {0, -3, 200, INFINITY};
+    int designed = 0;
+    for (double fs : rates)
+        for (double f : edges)
+            for (double ripple : ripples)
+                for (int topology = 0; topology < 5; ++topology)
+                    for (int type = 0; type < 4; ++type)
+                    {
+                        try
+                        {
+                            expectStableSections(Designer::design(3, f, 1000, ripple, ripple, fs, Designer::FilterType(type),
+                                                                  Designer::AnalogFilterTopology(topology)),
+                                                 "odd input");
+                            ++designed;
+                        }
+                        catch (const ondo::Exception&)
+                        {
+                        }
+                    }
+    EXPECT_GT(designed, 0);
+}
+
 TEST(DigitalFilterDesigner, BesselTableStartsAsPrinted)
 {
     const auto first = Designer::makePrototype(1, 0, 0, Designer::bessel);
