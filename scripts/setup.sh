@@ -4,7 +4,7 @@
 # of the WAV tests, and clang with its runtime libraries, the second compiler and libFuzzer).
 set -euo pipefail
 
-packages=(cmake ninja-build g++ googletest libgtest-dev libgmock-dev libbenchmark-dev "$@")
+packages=(cmake ninja-build g++ googletest libgtest-dev libgmock-dev libbenchmark-dev libeigen3-dev "$@")
 missing=()
 for p in "${packages[@]}"; do
   dpkg -s "$p" >/dev/null 2>&1 || missing+=("$p")
