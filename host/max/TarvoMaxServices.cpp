@@ -551,9 +551,13 @@ void tarvomax_exportdict(void* x, t_symbol*, long argc, t_atom* argv)
             long n = 0;
             t_atom* list = nullptr;
             atomarray_copyatoms(reinterpret_cast<t_atomarray*>(atom.a_w.w_obj), &n, &list);
-            value = "[";
+            value.push_back('[');
             for (long k = 0; k < n; ++k)
-                value += (k > 0 ? ", " : "") + jsonValue(list[k]);
+            {
+                if (k > 0)
+                    value += ", ";
+                value += jsonValue(list[k]);
+            }
             value += "]";
             sysmem_freeptr(list);
         }
