@@ -10,7 +10,7 @@ root="$(cd "$(dirname "$0")/.." && pwd)"
 # faust: the reverb that the benchmarks compare with; sox: a real peer of the WAV tests;
 # xmllint and liblo: independent readers of our XML and OSC packets;
 # clang and its runtime libraries: the second compiler, libFuzzer and the sanitizers.
-bash "$root/scripts/setup.sh" faust sox libxml2-utils liblo-dev pkg-config clang libclang-rt-dev
+bash "$root/scripts/setup.sh" faust sox libxml2-utils liblo-dev pkg-config python3 clang libclang-rt-dev
 jobs="$(nproc)"
 
 echo "== thread sanitizer (gcc), concurrency tests"
@@ -26,6 +26,9 @@ CC=clang CXX=clang++ bash "$root/scripts/build.sh" "$root/build/test-asan" -DCMA
 ASAN_OPTIONS=detect_leaks=1:abort_on_error=1:allocator_may_return_null=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
   ctest --test-dir "$root/build/test-asan" --output-on-failure -j "$jobs" --no-tests=error
 bash "$root/scripts/fuzz.sh" "$root/build/test-asan"
+
+# The object a second time, compiled against the real Max SDK headers when they are beside us.
+bash "$root/scripts/test-host-sdk.sh"
 
 echo "== optimised build (gcc)"
 bash "$root/scripts/build.sh" "$root/build/test-release" -DCMAKE_BUILD_TYPE=Release -DTARVO_BUILD_BENCHMARKS=ON \
