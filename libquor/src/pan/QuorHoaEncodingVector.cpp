@@ -53,7 +53,8 @@ HoaEncodingVector::HoaEncodingVector(std::uint32_t o, std::uint32_t d, Ambisonic
     : order(o), dimension(d), numComponents(Ambisonics::countFromOrder(d, o)), normalization(n),
       degrees(numComponents), orders(numComponents), factors(numComponents), factorsSingle(numComponents),
       legendreSingle(order < doublePrecisionOrder ? Ambisonics::legendreCount(static_cast<int>(order)) : 0),
-      legendreDouble(order >= doublePrecisionOrder ? Ambisonics::legendreCount(static_cast<int>(order)) : 0)
+      legendreDouble(order >= doublePrecisionOrder ? Ambisonics::legendreCount(static_cast<int>(order)) : 0),
+      cosines(order + 1), sines(order + 1)
 {
     for (std::uint32_t k = 0; k < numComponents; ++k)
     {
@@ -108,21 +109,25 @@ void HoaEncodingVector::encode(const ondo::Point3& position, float* out)
 void HoaEncodingVector::encodePrecise(double azimuth, double elevation, float* out)
 {
     const double x = std::sin(elevation), s = std::max(0.0, std::cos(elevation));
+    for (std::uint32_t m = 0; m <= order; ++m)
+    {
+        cosines[m] = std::cos(m * azimuth);
+        sines[m] = std::sin(m * azimuth);
+    }
     if (order < doublePrecisionOrder)
-        evaluate<float>(static_cast<float>(x), static_cast<float>(s), azimuth, legendreSingle.data(), out);
+        evaluate<float>(static_cast<float>(x), static_cast<float>(s), legendreSingle.data(), out);
     else
-        evaluate<double>(x, s, azimuth, legendreDouble.data(), out);
+        evaluate<double>(x, s, legendreDouble.data(), out);
 }
 
 template <typename T>
-void HoaEncodingVector::evaluate(T x, T s, double azimuth, T* legendre, float* out) const
+void HoaEncodingVector::evaluate(T x, T s, T* legendre, float* out) const
 {
     Ambisonics::legendre<T>(static_cast<int>(order), x, s, legendre);
     for (std::uint32_t k = 0; k < numComponents; ++k)
     {
         const int l = degrees[k], m = orders[k];
-        const T trig = m > 0 ? static_cast<T>(std::cos(m * azimuth))
-                             : (m < 0 ? static_cast<T>(std::sin(-m * azimuth)) : T(1));
+        const T trig = static_cast<T>(m >= 0 ? cosines[static_cast<std::size_t>(m)] : sines[static_cast<std::size_t>(-m)]);
         const T factor = sizeof(T) == sizeof(float) ? static_cast<T>(factorsSingle[k]) : static_cast<T>(factors[k]);
         const T v = factor * legendre[Ambisonics::legendreIndex(l, std::abs(m))] * trig;
         // Gains this small would only feed denormals to the mix; the unnormalised ones of

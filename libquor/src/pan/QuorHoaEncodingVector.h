@@ -60,7 +60,7 @@ public:
 
 private:
     template <typename T>
-    void evaluate(T x, T s, double azimuth, T* legendre, float* out) const;
+    void evaluate(T x, T s, T* legendre, float* out) const;
 
     std::uint32_t order;
     std::uint32_t dimension;
@@ -76,5 +76,8 @@ private:
     ondo::Vector<float> factorsSingle;
     ondo::Vector<float> legendreSingle;
     ondo::Vector<double> legendreDouble;
+    /// cos(m t) and sin(m t) for m = 0 .. order, shared by all degrees.
+    ondo::Vector<double> cosines;
+    ondo::Vector<double> sines;
 };
 } // namespace Quor
