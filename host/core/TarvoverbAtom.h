@@ -29,8 +29,14 @@ struct Atom
     bool isNumber() const { return type == Type::Long || type == Type::Float; }
     /// A number as float32; anything else counts as 0.
     float plainNumber() const { return isNumber() ? static_cast<float>(number) : 0.0f; }
-    /// A number truncated to an integer; anything else counts as 0.
-    long long integer() const { return isNumber() ? static_cast<long long>(number) : 0; }
+    /// A number truncated to an integer, saturated at +-2^62; anything else, NaN too, counts as 0.
+    long long integer() const
+    {
+        constexpr double limit = 4611686018427387904.0;
+        if (!isNumber() || !(number == number))
+            return 0;
+        return static_cast<long long>(number < -limit ? -limit : number > limit ? limit : number);
+    }
 };
 
 using Atoms = std::span<const Atom>;

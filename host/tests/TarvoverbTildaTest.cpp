@@ -191,6 +191,22 @@ TEST_F(TarvoverbTildaTest, PositionMessagesParseEveryNotationWithTheirWarningsAn
     }
 }
 
+TEST_F(TarvoverbTildaTest, MalformedMessagesAreReportedAndChangeNothing)
+{
+    mx::Box box = mx::Box::create("tarvoverb~");
+    const std::string before = box.getText("sourcespositions") + box.getText("speakerspositions") + box.getText("cluster");
+    for (const char* line : {"source", "source 1", "source foo xyz 1 2 3", "source 1e300 xyz 1 2 3", "source -5 xyz 1 2 3",
+                             "speaker", "speaker foo", "speaker 1e300 xyz 1 2 3", "speakers", "speakers foo",
+                             "cluster 1 2", "reverb", "reverb 1 start", "delays 1", "postattributes foo", "dumpdict 1",
+                             "nosuchmessage 1"})
+    {
+        mx::clearConsole();
+        box.send(line);
+        EXPECT_FALSE(errors().empty()) << line;
+    }
+    EXPECT_EQ(box.getText("sourcespositions") + box.getText("speakerspositions") + box.getText("cluster"), before);
+}
+
 TEST_F(TarvoverbTildaTest, OneNumberNotationKeepsASourcesDistanceButASpeakerStartsFromTheOrigin)
 {
     mx::Box box = mx::Box::create("tarvoverb~");

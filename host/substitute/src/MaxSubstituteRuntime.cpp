@@ -1002,7 +1002,12 @@ t_atom_long atom_getlong(const t_atom* a)
     if (a->a_type == A_LONG)
         return a->a_w.w_long;
     if (a->a_type == A_FLOAT)
-        return static_cast<t_atom_long>(a->a_w.w_float);
+    {
+        // Saturated: a huge or undefined number must not be undefined behaviour here.
+        constexpr double limit = 4611686018427387904.0;
+        const double v = a->a_w.w_float;
+        return std::isnan(v) ? 0 : static_cast<t_atom_long>(std::clamp(v, -limit, limit));
+    }
     return 0;
 }
 
