@@ -26,13 +26,14 @@ scratch="$(mktemp -d)"
 trap 'rm -rf "$scratch"' EXIT
 for target in "${targets[@]}"; do
   name="${target%Fuzzer}"
-  corpus="$root/fuzz/corpus/${name,,}"
+  corpus=()
+  [ -d "$root/fuzz/corpus/${name,,}" ] && corpus=("$root/fuzz/corpus/${name,,}")
   artifacts="$build/fuzz-artifacts/$name/"
   mkdir -p "$artifacts" "$scratch/$name"
   echo "== fuzzing $name for $seconds s"
   if ! ASAN_OPTIONS=detect_leaks=1:allocator_may_return_null=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
     "$build/fuzz/$target" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 -max_len=65536 \
-      -artifact_prefix="$artifacts" -print_final_stats=1 "$scratch/$name" "$corpus" 2>"$scratch/$name.log"; then
+      -artifact_prefix="$artifacts" -print_final_stats=1 "$scratch/$name" "${corpus[@]}" 2>"$scratch/$name.log"; then
     tail -n 60 "$scratch/$name.log"
     echo "fuzz.sh: $name crashed; the input is in $artifacts" >&2
     exit 1

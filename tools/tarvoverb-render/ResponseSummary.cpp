@@ -28,7 +28,8 @@ std::string bandLabel(double centre)
 } // namespace
 
 ResponseMeter::ResponseMeter(std::uint32_t numChannels, double rate, std::size_t keep)
-    : sampleRate(rate), keepFrames(keep), peaks(numChannels, 0.0), energies(numChannels, 0.0), kept(numChannels)
+    : sampleRate(rate), keepFrames(keep), peaks(numChannels, 0.0), energies(numChannels, 0.0), nonFinite(numChannels, 0),
+      kept(numChannels)
 {
 }
 
@@ -42,6 +43,12 @@ void ResponseMeter::add(const float* const* channels, std::uint32_t n)
         for (std::uint32_t i = 0; i < n; ++i)
         {
             const double v = channels[c][i];
+            // A NaN would slip past the comparison below unseen: it is counted instead.
+            if (!std::isfinite(v))
+            {
+                ++nonFinite[c];
+                continue;
+            }
             peak = std::max(peak, std::abs(v));
             energy += v * v;
         }
@@ -69,6 +76,7 @@ ResponseSummary ResponseMeter::summary(double lowest, double highest) const
         ChannelSummary row;
         row.peakDb = toDb(peaks[c] * peaks[c]);
         row.energyDb = toDb(energies[c]);
+        row.nonFiniteSamples = nonFinite[c];
         for (double centre : summary.bandCentres)
             row.decayTimes.push_back(
                 ondo::DecayAnalysis::bandDecayTime(kept[c].data(), kept[c].size(), sampleRate, centre));
@@ -99,10 +107,12 @@ std::string formatSummary(const ResponseSummary& summary)
     }
     text += "\n";
     double loudest = -999.0;
+    std::uint64_t nonFinite = 0;
     for (std::size_t c = 0; c < summary.channels.size(); ++c)
     {
         const ChannelSummary& row = summary.channels[c];
         loudest = std::max(loudest, row.peakDb);
+        nonFinite += row.nonFiniteSamples;
         std::snprintf(cell, sizeof cell, "%7zu  %9.2f  %9.2f", c + 1, row.peakDb, row.energyDb);
         text += cell;
         if (decay)
@@ -123,6 +133,8 @@ std::string formatSummary(const ResponseSummary& summary)
                       summary.totalSeconds);
         text += cell;
     }
+    if (nonFinite > 0)
+        text += "warning: " + std::to_string(nonFinite) + " output samples are NaN or infinite; the figures above leave them out\n";
     if (loudest > 0.0)
     {
         std::snprintf(cell, sizeof cell, "the response peaks at %+.2f dBFS, above full scale: the float file keeps it, "

@@ -12,6 +12,8 @@ struct ChannelSummary
 {
     double peakDb = 0.0;   ///< largest magnitude, dB full scale
     double energyDb = 0.0; ///< sum of squares, dB
+    /// NaN and infinite samples, which peak and energy leave out.
+    std::uint64_t nonFiniteSamples = 0;
     /// T60 in seconds per octave band; 0 where the band never decays by 25 dB.
     std::vector<double> decayTimes;
 };
@@ -47,6 +49,7 @@ private:
     std::uint64_t numFrames = 0;
     std::vector<double> peaks;
     std::vector<double> energies;
+    std::vector<std::uint64_t> nonFinite;
     std::vector<std::vector<float>> kept;
 };
 

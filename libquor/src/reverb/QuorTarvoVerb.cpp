@@ -219,7 +219,7 @@ void TarvoVerb::clear()
 void TarvoVerb::process(float** outputs, float** inputs, std::uint32_t numSamples)
 {
     // One NaN let into a recursive stage would stay there for good.
-    for (std::uint32_t c = 0; c < numInputs; ++c)
+    for (std::uint32_t c = 0; inputs != nullptr && c < numInputs; ++c)
         nonFiniteInputCount = nonFiniteInputCount + ondo::NonFinite::zeroSamples(inputs[c], numSamples);
     // Blocks longer than the buffers are served in pieces, so nothing is ever written past them.
     const auto capacity = static_cast<std::uint32_t>(directBuffer.getNumSamples());

@@ -62,6 +62,6 @@ private:
     float inverseSize = 0.0f;
     Vector<std::uint32_t> permutation;
     std::uint32_t permutationSize = 0;
-    bool flag = false;
+    [[maybe_unused]] bool flag = false;
 };
 } // namespace ondo

@@ -17,7 +17,7 @@ namespace
 template <typename... Pointers>
 Status check(int n, const Pointers*... pointers)
 {
-    if (((pointers == nullptr) || ...))
+    if ((!pointers || ...))
         return nullPointer;
     if (n < 1)
         return badLength;

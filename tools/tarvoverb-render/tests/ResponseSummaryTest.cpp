@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
 
 namespace
 {
@@ -72,5 +73,17 @@ TEST(ResponseSummary, BandsAboveNyquistAreLeftOutAndSilenceReadsAsNoDecay)
     const std::string table = tarvo::render::formatSummary(summary);
     EXPECT_NE(table.find("4k"), std::string::npos);
     EXPECT_EQ(table.find("8k"), std::string::npos);
+}
+// NaN compares false with everything, so a plain maximum would report a finite peak over a
+// poisoned response.
+TEST(ResponseSummary, NonFiniteSamplesAreCountedAndSaid)
+{
+    tarvo::render::Audio audio;
+    audio.sampleRate = 44100.0;
+    audio.channels = {{0.5f, std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity()}};
+    const auto summary = summarizeResponse(audio);
+    EXPECT_EQ(summary.channels[0].nonFiniteSamples, 2u);
+    EXPECT_NEAR(summary.channels[0].peakDb, 20.0 * std::log10(0.5), 1e-9);
+    EXPECT_NE(tarvo::render::formatSummary(summary).find("2 output samples are NaN or infinite"), std::string::npos);
 }
 } // namespace
