@@ -283,15 +283,14 @@ void TarvoVerb::renderBlock(std::uint32_t n)
     }
     panDirect->processAdd(out, direct, n);
 
-    // Early reflections: gained after the chain has taken them, folded to a pair.
-    for (std::uint32_t j = 0; j < N; ++j)
-        vectorMultiplyConstant32InPlace(earlyGains[j], earlyChannels[j], count);
+    // Early reflections: gained after the chain has taken them, folded to a pair. Each
+    // line's gain and the fold's factor make one product, so the pair is built in one pass.
     const float earlyFold = gE * s;
     for (std::uint32_t side = 0; side < 2; ++side)
     {
-        vectorMultiplyConstant32(earlyChannels[side], earlyFold, pair[side], count);
+        vectorMultiplyConstant32(earlyChannels[side], earlyGains[side] * earlyFold, pair[side], count);
         for (std::uint32_t i = side + 2; i < N; i += 2)
-            earlyFoldTerms.add(earlyChannels[i], earlyFold);
+            earlyFoldTerms.add(earlyChannels[i], earlyGains[i] * earlyFold);
         earlyFoldTerms.addInto(pair[side], n);
     }
     earlyFilter.process(pair, pair, n);

@@ -63,6 +63,10 @@ SignalMatrix::SignalMatrix(std::uint32_t inputs, std::uint32_t outputs)
     setRampTime(defaultRampTimeMs);
     activeInputs.resize(inputs);
     terms.reserve(inputs);
+    steadyInputs.resize(startGains.size());
+    steadyGains.resize(startGains.size());
+    steadyStart.resize(std::size_t(outputs) + 1);
+    inputActive.resize(inputs);
 }
 
 void SignalMatrix::addRamped(const float* in, float* out, std::uint32_t n, float from, float to)
@@ -140,6 +144,8 @@ void SignalMatrix::setRampTime(float ms)
     else
         rampStep = 1.0f / static_cast<float>(length);
     rampPosition = 0;
+    // The gains moved outside a write: the audio thread's list of terms is out of date.
+    writeSequence.fetch_add(2, std::memory_order_release);
 }
 
 void SignalMatrix::setSize(std::uint32_t inputs, std::uint32_t outputs)
@@ -154,6 +160,10 @@ void SignalMatrix::setSize(std::uint32_t inputs, std::uint32_t outputs)
     }
     activeInputs.resize(inputs);
     terms.reserve(inputs);
+    steadyInputs.resize(n);
+    steadyGains.resize(n);
+    steadyStart.resize(std::size_t(outputs) + 1);
+    inputActive.resize(inputs);
     setRampTime(defaultRampTimeMs);
     setNumberOfInputs(inputs);
     setNumberOfOutputs(outputs);
@@ -189,6 +199,54 @@ void SignalMatrix::advanceGrid()
     // the completed set at the next boundary.
     if ((before & 1u) != 0 || writeSequence.load(std::memory_order_relaxed) != before)
         copyGains(startGains, targetGains);
+    findSteadyTerms();
+}
+
+void SignalMatrix::findSteadyTerms()
+{
+    steady = false;
+    steadySequence = writeSequence.load(std::memory_order_acquire);
+    if ((steadySequence & 1u) != 0)
+        return;
+    std::uint32_t count = 0;
+    for (std::uint32_t o = 0; o < numOutputs; ++o)
+    {
+        steadyStart[o] = count;
+        for (std::uint32_t i = 0; i < numInputs; ++i)
+        {
+            const std::size_t index = std::size_t(i) * numOutputs + o;
+            const float target = load(targetGains, index);
+            if (std::fabs(target - load(startGains, index)) > sameGain)
+                return;
+            // The terms addSegment would keep, in its order.
+            if (std::fabs(target) > silentGain)
+            {
+                steadyInputs[count] = i;
+                steadyGains[count] = target;
+                ++count;
+            }
+        }
+    }
+    steadyStart[numOutputs] = count;
+    // A write that began while the list was read leaves it unused.
+    steady = writeSequence.load(std::memory_order_acquire) == steadySequence;
+}
+
+void SignalMatrix::addSteady(float** outputs, float** inputs, std::uint32_t offset, std::uint32_t n)
+{
+    for (std::uint32_t i = 0; i < numInputs; ++i)
+        inputActive[i] = isInletActive(i) ? 1 : 0;
+    for (std::uint32_t o = 0; o < numOutputs; ++o)
+    {
+        const std::uint32_t first = steadyStart[o];
+        const std::uint32_t last = steadyStart[o + 1];
+        if (first == last || !isOutletConnected(o))
+            continue;
+        for (std::uint32_t t = first; t < last; ++t)
+            if (inputActive[steadyInputs[t]] != 0)
+                terms.add(inputs[steadyInputs[t]] + offset, steadyGains[t]);
+        terms.addInto(outputs[o] + offset, n);
+    }
 }
 
 void SignalMatrix::process(float** outputs, float** inputs, std::uint32_t numSamples)
@@ -263,6 +321,11 @@ void SignalMatrix::addStatic(float** outputs, float** inputs, std::uint32_t offs
 void SignalMatrix::addSegment(float** outputs, float** inputs, std::uint32_t offset, std::uint32_t n,
                               std::int32_t position)
 {
+    if (steady && writeSequence.load(std::memory_order_acquire) == steadySequence)
+    {
+        addSteady(outputs, inputs, offset, n);
+        return;
+    }
     const float step = rampStep;
     const std::uint32_t numActive = gatherActiveInputs();
     for (std::uint32_t o = 0; o < numOutputs; ++o)

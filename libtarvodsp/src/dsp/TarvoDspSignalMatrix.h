@@ -61,6 +61,10 @@ private:
     std::uint32_t gatherActiveInputs();
     void addStatic(float** outputs, float** inputs, std::uint32_t offset, std::uint32_t n);
     void addSegment(float** outputs, float** inputs, std::uint32_t offset, std::uint32_t n, std::int32_t position);
+    /// After a boundary: when no gain glides, lists each output's audible terms, so that the
+    /// ramp's blocks visit only those. Audio thread.
+    void findSteadyTerms();
+    void addSteady(float** outputs, float** inputs, std::uint32_t offset, std::uint32_t n);
 
     Vector<float> startGains;
     Vector<float> targetGains;
@@ -71,7 +75,16 @@ private:
     RelaxedAtomic<std::int32_t> rampLength = 0;
     RelaxedAtomic<float> rampStep = 1.0f;
     RelaxedAtomic<float> rampTime = defaultRampTimeMs;
-    /// Odd while a control thread writes gains.
+    /// Odd while a control thread writes gains; moves on with every change of the gains.
     std::atomic<std::uint32_t> writeSequence{0};
+    // The audio thread's list of audible terms while no gain glides: output o's inputs and
+    // gains are entries steadyStart[o] to steadyStart[o + 1], inputs ascending. Valid while
+    // `writeSequence` stays at `steadySequence`.
+    Vector<std::uint32_t> steadyInputs;
+    Vector<float> steadyGains;
+    Vector<std::uint32_t> steadyStart;
+    Vector<std::uint8_t> inputActive;
+    bool steady = false;
+    std::uint32_t steadySequence = 0;
 };
 } // namespace ondo

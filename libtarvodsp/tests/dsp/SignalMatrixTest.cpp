@@ -80,6 +80,16 @@ TEST(SignalMatrix, ImmediateGainJumpsAtOnce)
     m.setGain(0, 0, 0.25f, true);
     for (float v : run(m, 5))
         EXPECT_EQ(v, 0.25f);
+    // Also after boundaries with nothing gliding, when only the audible terms are visited:
+    // a jump to silence and back is heard at once.
+    run(m, 30);
+    m.setGain(0, 0, 0.0f, true);
+    for (float v : run(m, 5))
+        EXPECT_EQ(v, 0.0f);
+    run(m, 30);
+    m.setGain(0, 0, 0.5f, true);
+    for (float v : run(m, 5))
+        EXPECT_EQ(v, 0.5f);
 }
 
 TEST(SignalMatrix, WithoutRampItActsLikeTheStaticMatrix)
