@@ -9,9 +9,9 @@ namespace tarvo::host
 {
 namespace
 {
-using T = AttributeSpec::Type;
-using L = AttributeSpec::Length;
-using S = AttributeSpec::Setter;
+using T = AttributeEntry::Type;
+using L = AttributeEntry::Length;
+using S = AttributeEntry::Setter;
 
 #define TARVO_FIELD(f) offsetof(ObjectState, f)
 
@@ -46,7 +46,7 @@ constexpr const char* speakersText =
 
 // name, type, length, capacity, offset, clip, min, max, range text, default, label, style, units, category,
 // order, dontreset, setter, description
-const std::array<AttributeSpec, 33> table{{
+const std::array<AttributeEntry, 33> table{{
     {"mute", T::Long, L::Single, 1, TARVO_FIELD(mute), true, 0, 1, true, "0", "mute dsp", "onoff", "", "options", 0,
      false, S::None, muteText},
     {"bypass", T::Long, L::Single, 1, TARVO_FIELD(bypass), true, 0, 1, true, "0", "bypass dsp", "onoff", "",
@@ -120,16 +120,16 @@ const std::array<AttributeSpec, 33> table{{
 #undef TARVO_FIELD
 } // namespace
 
-std::span<const AttributeSpec> attributeTable()
+std::span<const AttributeEntry> attributeTable()
 {
     return table;
 }
 
-const AttributeSpec* findAttribute(std::string_view name)
+const AttributeEntry* findAttribute(std::string_view name)
 {
-    for (const AttributeSpec& spec : table)
-        if (name == spec.name)
-            return &spec;
+    for (const AttributeEntry& entry : table)
+        if (name == entry.name)
+            return &entry;
     return nullptr;
 }
 

@@ -9,7 +9,7 @@ namespace tarvo::host
 {
 /// One attribute of the object as every host presents it. Data only: the hosts' skins read
 /// it to declare their attributes; nothing here calls a host.
-struct AttributeSpec
+struct AttributeEntry
 {
     enum class Type
     {
@@ -55,9 +55,9 @@ struct AttributeSpec
 };
 
 /// The options group, then the main table, in the order of creation.
-std::span<const AttributeSpec> attributeTable();
+std::span<const AttributeEntry> attributeTable();
 /// The attribute of that name, or null.
-const AttributeSpec* findAttribute(std::string_view name);
+const AttributeEntry* findAttribute(std::string_view name);
 
 /// A number as the inspector's text properties show it: six significant digits.
 std::string formatPropertyNumber(double value);

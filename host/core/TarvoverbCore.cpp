@@ -367,47 +367,47 @@ std::optional<TarvoverbCore::AttributeChange> TarvoverbCore::reverbMessage(Atoms
         const std::string_view word = atoms[0].symbol;
         static constexpr const char* names[] = {"airfreq", "tr0", "trl",          "trm",  "trh",
                                                 "fl",      "fh",  "modaldensity", "gain", "infinite", "air"};
-        const AttributeSpec* spec = word == "start" ? findAttribute("reverb_start") : nullptr;
+        const AttributeEntry* entry = word == "start" ? findAttribute("reverb_start") : nullptr;
         for (const char* candidate : names)
             if (word == candidate)
-                spec = findAttribute(candidate);
-        if (spec != nullptr)
+                entry = findAttribute(candidate);
+        if (entry != nullptr)
         {
-            const double value = spec->type == AttributeSpec::Type::Long ? static_cast<double>(atoms[1].integer())
+            const double value = entry->type == AttributeEntry::Type::Long ? static_cast<double>(atoms[1].integer())
                                                                          : static_cast<double>(atoms[1].plainNumber());
-            return AttributeChange{spec, value};
+            return AttributeChange{entry, value};
         }
     }
     reportInvalidMessage(console, "unknwon message : reverb", atoms);
     return std::nullopt;
 }
 
-int TarvoverbCore::liveLength(const AttributeSpec& spec) const
+int TarvoverbCore::liveLength(const AttributeEntry& entry) const
 {
-    switch (spec.length)
+    switch (entry.length)
     {
-        case AttributeSpec::Length::Single: return 1;
-        case AttributeSpec::Length::SourcesCount: return s.sourcesCount;
-        case AttributeSpec::Length::SpeakersCount: return s.speakersCount;
-        case AttributeSpec::Length::NumInternals: return s.numinternals;
-        case AttributeSpec::Length::Fixed6: return 6;
+        case AttributeEntry::Length::Single: return 1;
+        case AttributeEntry::Length::SourcesCount: return s.sourcesCount;
+        case AttributeEntry::Length::SpeakersCount: return s.speakersCount;
+        case AttributeEntry::Length::NumInternals: return s.numinternals;
+        case AttributeEntry::Length::Fixed6: return 6;
     }
     return 0;
 }
 
-std::vector<Atom> TarvoverbCore::valuesOf(const AttributeSpec& spec) const
+std::vector<Atom> TarvoverbCore::valuesOf(const AttributeEntry& entry) const
 {
     std::vector<Atom> values;
-    const auto* base = reinterpret_cast<const unsigned char*>(&s) + spec.offset;
-    for (int i = 0; i < std::clamp(liveLength(spec), 0, spec.capacity); ++i)
+    const auto* base = reinterpret_cast<const unsigned char*>(&s) + entry.offset;
+    for (int i = 0; i < std::clamp(liveLength(entry), 0, entry.capacity); ++i)
     {
-        if (spec.type == AttributeSpec::Type::Long)
+        if (entry.type == AttributeEntry::Type::Long)
         {
             std::int64_t v = 0;
             std::memcpy(&v, base + 8 * i, 8);
             values.push_back(Atom::fromLong(v));
         }
-        else if (spec.type == AttributeSpec::Type::Float32)
+        else if (entry.type == AttributeEntry::Type::Float32)
         {
             float v = 0.0f;
             std::memcpy(&v, base + 4 * i, 4);
@@ -436,8 +436,8 @@ std::vector<std::string> TarvoverbCore::describeDsp() const
     return s.processor != nullptr ? s.processor->getDescription() : std::vector<std::string>{};
 }
 
-double TarvoverbCore::clip(const AttributeSpec& spec, double value)
+double TarvoverbCore::clip(const AttributeEntry& entry, double value)
 {
-    return spec.clip ? std::clamp(value, spec.minimum, spec.maximum) : value;
+    return entry.clip ? std::clamp(value, entry.minimum, entry.maximum) : value;
 }
 } // namespace tarvo::host

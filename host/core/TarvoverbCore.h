@@ -53,15 +53,15 @@ public:
     /// message is not understood.
     struct AttributeChange
     {
-        const AttributeSpec* attribute;
+        const AttributeEntry* attribute;
         double value; ///< whole for a long attribute
     };
     std::optional<AttributeChange> reverbMessage(Atoms atoms);
 
     /// The live values of an attribute, as the host's getter shows them.
-    std::vector<Atom> valuesOf(const AttributeSpec& spec) const;
+    std::vector<Atom> valuesOf(const AttributeEntry& entry) const;
     /// How many values an attribute holds now.
-    int liveLength(const AttributeSpec& spec) const;
+    int liveLength(const AttributeEntry& entry) const;
 
     /// The engine's texts for an inlet and an outlet; empty beyond its channels.
     std::string inletText(long index) const;
@@ -70,7 +70,7 @@ public:
     std::vector<std::string> describeDsp() const;
 
     /// Clips a value as the attribute's filter does; values pass unchanged without a filter.
-    static double clip(const AttributeSpec& spec, double value);
+    static double clip(const AttributeEntry& entry, double value);
 
 private:
     void reverbStep();

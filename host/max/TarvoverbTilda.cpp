@@ -16,7 +16,7 @@ t_class* tarvoverb_class = nullptr;
 
 namespace
 {
-using tarvo::host::AttributeSpec;
+using tarvo::host::AttributeEntry;
 
 /// The core's reports, tagged with the object.
 class MaxConsole : public tarvo::host::Console
@@ -87,11 +87,11 @@ t_max_err tarvoverb_setautomute(TarvoverbTilda* x, void* attr, long argc, t_atom
     return MAX_ERR_NONE;
 }
 
-long countOffset(const AttributeSpec& spec)
+long countOffset(const AttributeEntry& entry)
 {
-    using L = AttributeSpec::Length;
+    using L = AttributeEntry::Length;
     using tarvo::host::ObjectState;
-    switch (spec.length)
+    switch (entry.length)
     {
         case L::SourcesCount: return stateOffset + static_cast<long>(offsetof(ObjectState, sourcesCount));
         case L::SpeakersCount: return stateOffset + static_cast<long>(offsetof(ObjectState, speakersCount));
@@ -128,40 +128,40 @@ void declareAttributes(t_class* c)
     std::snprintf(version, sizeof version, "%d.%d.%d (Build %s) (%d bits float)", 4, 9, 2, "Feb 14 2017", 32);
     addDocumentationAttribute(c, "externalversion", offsetof(TarvoverbTilda, externalversion), version);
 
-    for (const AttributeSpec& spec : tarvo::host::attributeTable())
+    for (const AttributeEntry& entry : tarvo::host::attributeTable())
     {
-        t_symbol* type = spec.type == AttributeSpec::Type::Long ? _sym_long : _sym_float32;
+        t_symbol* type = entry.type == AttributeEntry::Type::Long ? _sym_long : _sym_float32;
         method setter = nullptr;
-        if (spec.setter == AttributeSpec::Setter::Common)
+        if (entry.setter == AttributeEntry::Setter::Common)
             setter = asMethod(tarvoverb_setattr);
-        else if (spec.setter == AttributeSpec::Setter::Own)
+        else if (entry.setter == AttributeEntry::Setter::Own)
             setter = asMethod(tarvoverb_setautomute);
-        const long offset = stateOffset + static_cast<long>(spec.offset);
-        t_object* attr = spec.length == AttributeSpec::Length::Single
-                             ? attr_offset_new(spec.name, type, 0, nullptr, setter, offset)
-                             : attr_offset_array_new(spec.name, type, spec.capacity, 0, nullptr, setter,
-                                                     countOffset(spec), offset);
+        const long offset = stateOffset + static_cast<long>(entry.offset);
+        t_object* attr = entry.length == AttributeEntry::Length::Single
+                             ? attr_offset_new(entry.name, type, 0, nullptr, setter, offset)
+                             : attr_offset_array_new(entry.name, type, entry.capacity, 0, nullptr, setter,
+                                                     countOffset(entry), offset);
         class_addattr(c, attr);
-        if (spec.clip)
-            attr_addfilter_clip(attr, spec.minimum, spec.maximum, 1, 1);
-        if (spec.rangeProperties)
+        if (entry.clip)
+            attr_addfilter_clip(attr, entry.minimum, entry.maximum, 1, 1);
+        if (entry.rangeProperties)
         {
-            class_attr_addattr_parse(c, spec.name, "minvalue", _sym_symbol, 0,
-                                     tarvo::host::formatPropertyNumber(spec.minimum).c_str());
-            class_attr_addattr_parse(c, spec.name, "maxvalue", _sym_symbol, 0,
-                                     tarvo::host::formatPropertyNumber(spec.maximum).c_str());
+            class_attr_addattr_parse(c, entry.name, "minvalue", _sym_symbol, 0,
+                                     tarvo::host::formatPropertyNumber(entry.minimum).c_str());
+            class_attr_addattr_parse(c, entry.name, "maxvalue", _sym_symbol, 0,
+                                     tarvo::host::formatPropertyNumber(entry.maximum).c_str());
         }
-        if (spec.defaultValue[0] != '\0')
-            class_attr_addattr_parse(c, spec.name, "default", type, 0, spec.defaultValue);
-        addTextProperty(c, spec.name, "label", spec.label);
-        addTextProperty(c, spec.name, "style", spec.style);
-        addTextProperty(c, spec.name, "units", spec.units);
-        addTextProperty(c, spec.name, "category", spec.category);
-        addTextProperty(c, spec.name, "description", spec.description);
-        if (spec.order > 0)
-            class_attr_addattr_parse(c, spec.name, "order", _sym_long, 0, std::to_string(spec.order).c_str());
-        if (spec.dontReset)
-            class_attr_addattr_parse(c, spec.name, "dontreset", _sym_long, 0, "1");
+        if (entry.defaultValue[0] != '\0')
+            class_attr_addattr_parse(c, entry.name, "default", type, 0, entry.defaultValue);
+        addTextProperty(c, entry.name, "label", entry.label);
+        addTextProperty(c, entry.name, "style", entry.style);
+        addTextProperty(c, entry.name, "units", entry.units);
+        addTextProperty(c, entry.name, "category", entry.category);
+        addTextProperty(c, entry.name, "description", entry.description);
+        if (entry.order > 0)
+            class_attr_addattr_parse(c, entry.name, "order", _sym_long, 0, std::to_string(entry.order).c_str());
+        if (entry.dontReset)
+            class_attr_addattr_parse(c, entry.name, "dontreset", _sym_long, 0, "1");
     }
     // An order for an attribute the class does not have: the host ignores it.
     class_attr_addattr_parse(c, "reverb_distr", "order", _sym_long, 0, "29");
@@ -298,7 +298,7 @@ void tarvoverb_reverb(TarvoverbTilda* x, t_symbol*, long argc, t_atom* argv)
     if (!change)
         return;
     t_symbol* name = gensym(change->attribute->name);
-    if (change->attribute->type == AttributeSpec::Type::Long)
+    if (change->attribute->type == AttributeEntry::Type::Long)
         object_attr_setlong(x, name, static_cast<t_atom_long>(change->value));
     else
         object_attr_setfloat(x, name, change->value);

@@ -110,12 +110,12 @@ bool OSCMessage::matchesSingle(char letter) const
     return arguments.size() == 1 && isOfClass(arguments[0], letter);
 }
 
-bool OSCMessage::matchesList(std::string_view spec, bool exact) const
+bool OSCMessage::matchesList(std::string_view letters, bool exact) const
 {
-    if (exact ? spec.size() != arguments.size() : spec.size() > arguments.size())
+    if (exact ? letters.size() != arguments.size() : letters.size() > arguments.size())
         return false;
-    for (std::size_t i = 0; i < spec.size(); ++i)
-        if (!isOfClass(arguments[i], spec[i]))
+    for (std::size_t i = 0; i < letters.size(); ++i)
+        if (!isOfClass(arguments[i], letters[i]))
             return false;
     return true;
 }

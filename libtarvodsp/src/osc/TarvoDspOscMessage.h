@@ -60,9 +60,9 @@ public:
     /// Exactly one argument, of the class `letter`. Real-time safe.
     bool matchesSingle(char letter) const;
     /// One class letter per argument. With `exact` the counts must be equal; otherwise
-    /// `spec` may be shorter than the arguments. An empty spec matches when not `exact`.
+    /// `letters` may be shorter than the arguments. An empty letters matches when not `exact`.
     /// Real-time safe.
-    bool matchesList(std::string_view spec, bool exact = true) const;
+    bool matchesList(std::string_view letters, bool exact = true) const;
     /// True when `argument` belongs to the class `letter`. Real-time safe.
     static bool isOfClass(const OSCArgument& argument, char letter);
 
