@@ -105,7 +105,8 @@ TEST(OscLibloInterop, OurReaderReadsWhatLibloWrites)
 
     // Nested bundles with liblo's time tags: seconds in the high word, fraction in the low.
     lo_bundle outer = lo_bundle_new(lo_timetag{0x12345678u, 0x9ABCDEF0u});
-    lo_bundle inner = lo_bundle_new(LO_TT_IMMEDIATE);
+    // liblo's "immediately" time tag (its macro is a C compound literal).
+    lo_bundle inner = lo_bundle_new(lo_timetag{0u, 1u});
     lo_message a = libloEveryTag(-1.5f, "in");
     lo_message b = lo_message_new();
     lo_message_add_double(b, 0.1);
