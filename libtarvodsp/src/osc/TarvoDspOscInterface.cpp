@@ -1,5 +1,8 @@
 #include "osc/TarvoDspOscInterface.h"
 
+#include "common/TarvoDspException.h"
+#include "osc/TarvoDspOscPresetFile.h"
+
 #include <string_view>
 
 namespace ondo
@@ -38,7 +41,18 @@ OscDocumentation OscInterface::getOscDocumentation() const
 
 bool OscInterface::handleBaseMessages(const OSCMessage& message, std::int32_t& context)
 {
-    // Preset files answer "/preset/..." here, ahead of everything else, once they exist.
+    if (message.startsWith("/preset"))
+    {
+        // A file name that is not a string is not ours: the next handler may know it.
+        if (!message.matchesSingle('s'))
+            return false;
+        const File file(message.getArgument(0).getString());
+        if (message.matches("/preset/export"))
+            return exportPreset(file);
+        if (message.matches("/preset/load"))
+            return importPreset(file, context);
+        return false;
+    }
     if (message.startsWith("/post"))
     {
         const bool noArguments = message.getNumArguments() == 0;
@@ -60,8 +74,34 @@ bool OscInterface::handleBaseMessages(const OSCMessage& message, std::int32_t& c
         std::int32_t setting = setContext;
         return processOscMessage(message.withoutFirstParts(1), setting);
     }
-    (void)context;
     return false;
+}
+
+bool OscInterface::exportPreset(const File& file)
+{
+    OscPresetFile::classify(file);
+    lastExportedPreset = file;
+    lastPreset = file;
+    String failure;
+    if (OscPresetFile::write(getState(), file, &failure))
+        return true;
+    notifyProblem(failure);
+    return false;
+}
+
+bool OscInterface::importPreset(const File& file, std::int32_t& context)
+{
+    if (!file.existsAsFile())
+        throw exceptions::NoSuchFile(file.getFullPathName(), ONDO_SOURCE_LOCATION, false);
+    presetLoadBegins();
+    loadingPreset = true;
+    OscPresetFile::classify(file);
+    lastLoadedPreset = file;
+    lastPreset = file;
+    const bool understood = dispatchBundle(OscPresetFile::read(file), context);
+    loadingPreset = false;
+    presetLoadEnds();
+    return understood;
 }
 
 bool OscInterface::dispatchBundle(const OSCBundle& bundle, std::int32_t& context)

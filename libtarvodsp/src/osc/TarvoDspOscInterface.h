@@ -1,5 +1,6 @@
 #pragma once
 
+#include "files/TarvoDspFile.h"
 #include "osc/TarvoDspMaxConsoleNotifier.h"
 #include "osc/TarvoDspOscBundle.h"
 #include "osc/TarvoDspOscDocumentation.h"
@@ -48,6 +49,22 @@ public:
     /// `processOscMessage` with `context` set to `setContext`. False for anything else.
     bool handleBaseMessages(const OSCMessage& message, std::int32_t& context);
 
+    /// Writes `getState()` to `file` in the form its extension names (.txt, .osc, .xml, .coll,
+    /// in any case), replacing an existing file. False, with the reason notified at level 2,
+    /// when it could not be written; an unknown extension throws `ondo::Exception`.
+    /// Control thread; allocates.
+    bool exportPreset(const File& file);
+    /// Reads `file` in its form and dispatches its messages with `context`, between
+    /// `presetLoadBegins` and `presetLoadEnds`. False when a message was not understood (the
+    /// load goes on). A missing file throws `exceptions::NoSuchFile`, a malformed one the
+    /// reader's exception; an exception leaves the load marked as running.
+    /// Control thread; allocates.
+    bool importPreset(const File& file, std::int32_t& context);
+    const File& getLastLoadedPreset() const { return lastLoadedPreset; }
+    const File& getLastExportedPreset() const { return lastExportedPreset; }
+    const File& getLastPreset() const { return lastPreset; }
+    bool isLoadingPreset() const { return loadingPreset; }
+
     /// Dispatches each message in order, nested bundles depth first. A message that
     /// `processOscMessage` does not understand is notified at level 2 by its text and the walk
     /// goes on; the result is true when every message was understood. Exceptions of handlers
@@ -77,5 +94,10 @@ protected:
     /// Guards `pending` and nothing else; the audio thread only ever tries it.
     std::recursive_mutex pendingMutex;
     OSCBundle pending;
+
+    File lastLoadedPreset;
+    File lastExportedPreset;
+    File lastPreset;
+    bool loadingPreset = true;
 };
 } // namespace ondo
