@@ -311,6 +311,10 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments)
             settings.inputPath = reader.value(name);
         else if (name == "quiet")
             settings.quiet = true;
+        else if (name == "osc")
+            settings.oscMessages.push_back(reader.value(name));
+        else if (name == "print-state")
+            settings.printState = true;
         else
             throw UsageError("unknown option \"" + argument + "\" (see --help)");
     }
@@ -377,6 +381,9 @@ std::string helpText()
     line("--impulse-source N", "the source that gets the impulse", "default 0: every source at once");
     line("--out FILE.wav", "where the result goes", "default " + defaults.outputPath);
     line("--quiet", "prints no summary", "");
+    line("--osc \"ADDRESS args\"", "an OSC message to the reverberator, e.g. \"/reverb/tr0 3.5\"; repeatable",
+         "applied in order after the other options");
+    line("--print-state", "prints the reverberator's state as OSC lines and exits", "");
     line("--help", "this text", "");
     text << "\nPositions (--source, --speakers): a notation name, then its numbers. Azimuth 0 is the\n"
             "front and positive to the right, elevation positive up, in degrees; distances in metres.\n"

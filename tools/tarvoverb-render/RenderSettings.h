@@ -63,6 +63,10 @@ struct RenderSettings
     /// 1-based source that receives the impulse; 0 for all sources at once.
     int impulseSource = 0;
     bool quiet = false;
+    /// OSC text lines handed to the reverberator after everything else, in order.
+    std::vector<std::string> oscMessages;
+    /// Print the reverberator's state instead of rendering.
+    bool printState = false;
 };
 
 /// A command line that can't be honoured, with the reason in the message.

@@ -137,6 +137,43 @@ void applySettings(Quor::TarvoVerb& verb, const RenderSettings& s, std::vector<s
         const SourcePlacement placement = parseSourceMessage(message, verb.getSourcePositions(), notes);
         verb.setSourcePosition(placement.index, placement.position);
     }
+    applyOscMessages(verb, s.oscMessages);
+}
+
+void applyOscMessages(Quor::TarvoVerb& verb, const std::vector<std::string>& lines)
+{
+    std::string refused;
+    for (const std::string& line : lines)
+    {
+        std::string reason = "not understood";
+        try
+        {
+            std::int32_t context = ondo::OscInterface::setContext;
+            if (verb.processOscMessage(ondo::OSCMessage::fromText(line), context))
+                continue;
+        }
+        catch (const ondo::Exception& error)
+        {
+            reason = error.getMessage();
+        }
+        refused += (refused.empty() ? "" : "; ") + ("--osc \"" + line + "\": " + reason);
+    }
+    if (!refused.empty())
+        throw UsageError(refused);
+}
+
+std::vector<std::string> reverberatorState(const RenderSettings& s, std::vector<std::string>& notes)
+{
+    const auto sources = static_cast<std::uint32_t>(s.numSources);
+    const auto speakers = static_cast<std::uint32_t>(s.numSpeakers);
+    const auto internals = static_cast<std::uint32_t>(s.numInternals);
+    if (!Quor::TarvoVerb::isConfigurationValid(sources, speakers, internals))
+        throw UsageError("no reverberator can be built with " + plural(sources, "source") + ", " +
+                         plural(speakers, "speaker") + " and " + plural(internals, "internal channel"));
+    Quor::TarvoVerb verb(internals);
+    verb.configure(s.sampleRate, static_cast<std::uint32_t>(s.blockSize), sources, speakers);
+    applySettings(verb, s, notes);
+    return verb.getState().flattened().toTextLines();
 }
 
 double automaticDuration(const RenderSettings& s, double inputSeconds)

@@ -24,6 +24,13 @@ namespace tarvo::render
 /// the sources. Throws `UsageError` for a position message it can't read.
 void applySettings(Quor::TarvoVerb& verb, const RenderSettings& settings, std::vector<std::string>& notes);
 
+/// Hands each text line to the reverberator as an OSC message, in order, as "/set" would.
+/// Throws `UsageError` naming every line that was refused, with the reason.
+void applyOscMessages(Quor::TarvoVerb& verb, const std::vector<std::string>& lines);
+
+/// The state of the reverberator these settings build, one text line a message.
+std::vector<std::string> reverberatorState(const RenderSettings& settings, std::vector<std::string>& notes);
+
 /// Seconds rendered when none are asked: the input (if any) plus the longest band decay and
 /// half a second; 10 s of a frozen tail.
 double automaticDuration(const RenderSettings& settings, double inputSeconds);

@@ -51,6 +51,22 @@ int main(int argc, char** argv)
     const RenderSettings& settings = line.settings;
 
     std::vector<std::string> notes;
+    if (settings.printState)
+    {
+        try
+        {
+            for (const std::string& stateLine : reverberatorState(settings, notes))
+                std::printf("%s\n", stateLine.c_str());
+            printNotes(notes);
+            return 0;
+        }
+        catch (const std::exception& error)
+        {
+            printNotes(notes);
+            std::fprintf(stderr, "tarvoverb-render: %s\n", error.what());
+            return 2;
+        }
+    }
     FileRendering rendering;
     try
     {

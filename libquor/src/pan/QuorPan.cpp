@@ -102,6 +102,29 @@ Enum lookUp(const std::map<String, Enum>& table, const String& name, Enum unknow
     return it == table.end() ? unknown : it->second;
 }
 
+const std::vector<std::pair<Pan::ItdType, std::vector<const char*>>>& itdTypeNames()
+{
+    static const std::vector<std::pair<Pan::ItdType, std::vector<const char*>>> names = {
+        {0, {"basic", "BasicModel", "SphericalHeadBasicModel"}},
+        {1, {"woodworth", "WoodworthModel", "SphericalHeadWoodworthModel"}},
+        {2, {"measurement", "ITDFromMeasurement"}},
+        {3, {"larcherjot", "LarcherJotModel", "Woodworth3d", "woodworth3d", "woodworth3D"}},
+        {4, {"savioja", "SaviojaModel"}},
+        {5, {"miller", "MillerModel"}},
+        {6, {"NoITD"}},
+    };
+    return names;
+}
+
+const std::vector<std::pair<Pan::ItdLatencyMode, std::vector<const char*>>>& itdLatencyModeNames()
+{
+    static const std::vector<std::pair<Pan::ItdLatencyMode, std::vector<const char*>>> names = {
+        {0, {"fixedlatency"}},
+        {1, {"nolatency"}},
+    };
+    return names;
+}
+
 /// The printed name of a value: the first of its list, "null" when it has none.
 template <typename Enum>
 String firstName(const std::vector<std::pair<Enum, std::vector<const char*>>>& names, std::int32_t value)
@@ -292,28 +315,43 @@ void Pan::setSourceMute(std::uint32_t source, bool muted)
         sourcesMute[source] = muted ? 1 : 0;
 }
 
+String Pan::itdTypeToString(ItdType itdType)
+{
+    for (const auto& [value, names] : itdTypeNames())
+        if (value == itdType)
+            return names.front();
+    return itdTypeNames().front().second.front();
+}
+
+String Pan::itdLatencyModeToString(ItdLatencyMode mode)
+{
+    for (const auto& [value, names] : itdLatencyModeNames())
+        if (value == mode)
+            return names.front();
+    return itdLatencyModeNames().front().second.front();
+}
+
+bool Pan::receiveOscMessage(const ondo::OSCMessage& message, std::int32_t& context)
+{
+    return handleProcessorMessages(message, context) || oscReceiver.processOscMessage(message, context);
+}
+
+ondo::OSCBundle Pan::getOscState() const
+{
+    ondo::OSCBundle state = getProcessorState();
+    state.addFlattened(oscReceiver.getState());
+    return state;
+}
+
 void Pan::setItdType(const String& name)
 {
-    static const std::vector<std::pair<ItdType, std::vector<const char*>>> names = {
-        {0, {"basic", "BasicModel", "SphericalHeadBasicModel"}},
-        {1, {"woodworth", "WoodworthModel", "SphericalHeadWoodworthModel"}},
-        {2, {"measurement", "ITDFromMeasurement"}},
-        {3, {"larcherjot", "LarcherJotModel", "Woodworth3d", "woodworth3d", "woodworth3D"}},
-        {4, {"savioja", "SaviojaModel"}},
-        {5, {"miller", "MillerModel"}},
-        {6, {"NoITD"}},
-    };
-    static const auto table = nameTable(names);
+    static const auto table = nameTable(itdTypeNames());
     setItdType(lookUp(table, name, ItdType{2}));
 }
 
 void Pan::setItdLatencyMode(const String& name)
 {
-    static const std::vector<std::pair<ItdLatencyMode, std::vector<const char*>>> names = {
-        {0, {"fixedlatency"}},
-        {1, {"nolatency"}},
-    };
-    static const auto table = nameTable(names);
+    static const auto table = nameTable(itdLatencyModeNames());
     setItdLatencyMode(lookUp(table, name, ItdLatencyMode{0}));
 }
 

@@ -2,6 +2,7 @@
 
 #include "containers/TarvoDspVector.h"
 #include "dsp/TarvoDspAudioProcessorWithOscInAudioInterrupt.h"
+#include "pan/QuorPanOSCReceiver.h"
 #include "hrtf/QuorHrtfData.h"
 #include "math/TarvoDspAmbisonics.h"
 #include "math/TarvoDspPoint3Array.h"
@@ -100,6 +101,24 @@ public:
     ondo::String getTypeName() const { return typeToString(type); }
     ondo::String getSubTypeName() const { return subTypeToString(subType); }
 
+    /// The first names of the ITD models and latency modes; "basic" and "fixedlatency" for
+    /// values outside the tables.
+    static ondo::String itdTypeToString(ItdType itdType);
+    static ondo::String itdLatencyModeToString(ItdLatencyMode mode);
+
+    /// The service and "/dsp" addresses first, then those of `oscReceiver`. Thread of the
+    /// caller; allocates.
+    bool receiveOscMessage(const ondo::OSCMessage& message, std::int32_t& context);
+    /// The "/dsp" state, then the receiver's. Allocates.
+    ondo::OSCBundle getOscState() const;
+    /// Families with addresses of their own call the base first.
+    bool processOscMessage(const ondo::OSCMessage& message, std::int32_t& context) override
+    {
+        return receiveOscMessage(message, context);
+    }
+    ondo::OSCBundle getState() const override { return getOscState(); }
+    ondo::OscDocumentation getDocumentation() const override { return oscReceiver.getOscDocumentation(); }
+
     const ondo::Point3Array& getSourcesPosition() const { return sourcesPosition; }
     const ondo::Point3Array& getSpeakersPosition() const { return speakersPosition; }
     const ondo::Vector<std::int16_t>& getSourcesMute() const { return sourcesMute; }
@@ -178,5 +197,9 @@ protected:
     ondo::Vector<std::int16_t> sourcesMute;
     Type type = Null;
     SubType subType = Direct;
+    PanOSCReceiver oscReceiver{*this};
+
+private:
+    friend class PanOSCReceiver;
 };
 } // namespace Quor

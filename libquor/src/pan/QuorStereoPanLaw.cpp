@@ -94,4 +94,30 @@ void StereoPanLaw::computeGains(const ondo::Point3& position, float* row, std::u
         row[1] = std::pow(p, drop / 6.0f);
     }
 }
+
+ondo::String StereoPanLaw::lawToString(LawType value)
+{
+    static const char* const names[] = {"sin/cos -6 dB", "sin/cos -4.5 dB", "sin/cos -3 dB",
+                                        "sqrt -6 dB",    "sqrt -4.5 dB",    "sqrt -3 dB"};
+    return value >= SineMinus6 && value <= RootMinus3 ? names[value] : names[SineMinus3];
+}
+
+bool StereoPanLaw::processOscMessage(const ondo::OSCMessage& message, std::int32_t& context)
+{
+    if (Pan::processOscMessage(message, context))
+        return true;
+    if (!message.matches("/law") || !message.matchesSingle('s'))
+        return false;
+    const LawType asked = stringToLaw(message.getArgument(0).getString());
+    if (asked != law)
+        setLaw(asked);
+    return true;
+}
+
+ondo::OSCBundle StereoPanLaw::getState() const
+{
+    ondo::OSCBundle state = Pan::getState();
+    state.add("/law", lawToString(law));
+    return state;
+}
 } // namespace Quor

@@ -28,6 +28,14 @@ public:
     void setLaw(const ondo::String& name);
     LawType getLaw() const { return law; }
     static LawType stringToLaw(const ondo::String& name);
+    /// The first name of a law: "sin/cos -6 dB" ... "sqrt -3 dB".
+    static ondo::String lawToString(LawType law);
+
+    /// The panner's addresses, then "/law" s, which recomputes every source when the law
+    /// changes. Thread of the caller; allocates.
+    bool processOscMessage(const ondo::OSCMessage& message, std::int32_t& context) override;
+    /// The panner's state, then "/law".
+    ondo::OSCBundle getState() const override;
 
     void computeGains(const ondo::Point3& position, float* row, std::uint32_t source) override;
     bool is2D() const override { return true; }

@@ -97,4 +97,33 @@ ondo::Vector<float> Cluster::getDelays() const
 {
     return delays->getDelays();
 }
+
+bool Cluster::processOscMessage(const ondo::OSCMessage& message, std::int32_t& /*context*/)
+{
+    if (message.matches("/delays"))
+    {
+        const ondo::Vector<float> values = message.getArgumentsAsFloats();
+        if (values.size() == getNumInputs() && values.size() == message.getNumArguments() && !values.empty())
+            setDelays(values, false);
+        return true;
+    }
+    return message.matches("/numdelays") && message.matchesSingle('u');
+}
+
+ondo::OSCBundle Cluster::getState() const
+{
+    ondo::OSCBundle state = getProcessorState();
+    state.add("/numdelays", getNumInputs());
+    ondo::OSCMessage delays("/delays");
+    for (float delay : getDelays())
+        delays.addArgument(delay);
+    state.add(std::move(delays));
+    return state;
+}
+
+ondo::OscDocumentation Cluster::getDocumentation() const
+{
+    return {{"/delays", "[number][number]...", "sets the delay of each channel (in ms)"},
+            {"/numdelays", "[int]", "the number of channels (cannot change)"}};
+}
 } // namespace Quor

@@ -33,6 +33,14 @@ public:
     std::string getInletName(std::int32_t index) const override;
     std::string getOutletName(std::int32_t index) const override;
 
+    /// "/delays" with one number a channel, gliding (any other count changes nothing), and
+    /// "/numdelays" (accepted, no change). No "/dsp" subtree: reached through its owner.
+    /// Thread of the caller; allocates.
+    bool processOscMessage(const ondo::OSCMessage& message, std::int32_t& context) override;
+    /// The "/dsp" state, "/numdelays", "/delays". Allocates.
+    ondo::OSCBundle getState() const override;
+    ondo::OscDocumentation getDocumentation() const override;
+
     /// Channel i takes delays[i] ms, gliding over 50 ms unless `immediate`. Control thread;
     /// real-time safe below the maximum delay.
     void setDelays(const ondo::Vector<float>& delays, bool immediate);

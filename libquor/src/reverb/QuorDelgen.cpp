@@ -132,4 +132,63 @@ void Delgen::computeDelays()
         delays[next++] = std::clamp(d, minimum, maximum);
     }
 }
+
+bool Delgen::processOscMessage(const ondo::OSCMessage& message, std::int32_t& /*context*/)
+{
+    if (message.matches("/numdelays") && message.matchesSingle('i'))
+    {
+        const std::int64_t n = message.getArgument(0).getInt64();
+        setNumDelays(static_cast<std::uint32_t>(std::clamp<std::int64_t>(n, 0, largestCount)));
+    }
+    else if (message.matches("/min") && message.matchesSingle('n'))
+    {
+        minimum = std::min(std::max(message.getFloat(0), 1.0f), maximum);
+        computeDelays();
+    }
+    else if (message.matches("/max") && message.matchesSingle('n'))
+    {
+        maximum = std::max(std::max(message.getFloat(0), 1.0f), minimum);
+        computeDelays();
+    }
+    else if (message.matches("/distr") && message.matchesSingle('n'))
+    {
+        distribution = std::clamp(message.getFloat(0), lowestDistribution, highestDistribution);
+        computeDelays();
+    }
+    else if (message.matches("/sum") && message.matchesSingle('n'))
+        setSum(message.getFloat(0));
+    else if (message.matches("/minmax") && (message.matchesList("nnn") || message.matchesList("nn")))
+        setMinMax(message.getFloat(0), message.getFloat(1),
+                  message.getNumArguments() == 3 ? message.getFloat(2) : defaultDistribution);
+    else if (message.matches("/minsum") && (message.matchesList("nnn") || message.matchesList("nn")))
+        setMinSum(message.getFloat(0), message.getFloat(1),
+                  message.getNumArguments() == 3 ? message.getFloat(2) : defaultDistribution);
+    else
+        return false;
+    return true;
+}
+
+ondo::OSCBundle Delgen::getState() const
+{
+    ondo::OSCBundle state = ondo::OscInterface::getState();
+    state.add("/numdelays", numDelays);
+    state.add("/min", minimum);
+    state.add("/max", maximum);
+    state.add("/sum", sum);
+    state.add("/distr", distribution);
+    return state;
+}
+
+ondo::OscDocumentation Delgen::getOscDocumentation() const
+{
+    ondo::OscDocumentation documentation = ondo::OscInterface::getOscDocumentation();
+    documentation.add({"/numdelays", "[int]", "sets the number of delays"});
+    documentation.add({"/min", "[number]", "sets the shortest delay (in ms)"});
+    documentation.add({"/max", "[number]", "sets the longest delay (in ms)"});
+    documentation.add({"/distr", "[number]", "sets the distribution of the delays (0.1 to 0.9)"});
+    documentation.add({"/sum", "[number]", "sets the sum of the delays (in ms)"});
+    documentation.add({"/minmax", "[number][number][number]", "sets the shortest and longest delays and the distribution"});
+    documentation.add({"/minsum", "[number][number][number]", "sets the shortest delay, the sum and the distribution"});
+    return documentation;
+}
 } // namespace Quor

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "containers/TarvoDspVector.h"
+#include "osc/TarvoDspOscInterface.h"
 
 #include <cstdint>
 
@@ -12,7 +13,7 @@ namespace Quor
 /// common multiples; more come from a random walk with a fixed seed. Both are repeatable.
 ///
 /// Control side only: the audio thread receives copies of the delays.
-class Delgen
+class Delgen : public ondo::OscInterface
 {
 public:
     static constexpr float defaultDistribution = 0.5f;
@@ -37,6 +38,14 @@ public:
     ondo::Vector<float> setMinSum(float minimum, float sum, float distribution);
     /// `setMinSum` with the present minimum and distribution. Control thread; allocates.
     void setSum(float sum);
+
+    /// "/numdelays" (an integer; below 1 counts as 0), "/min", "/max", "/distr", "/sum" (one
+    /// number each), "/minmax" and "/minsum" (three numbers, or two with the distribution
+    /// 0.5). The first match ends the search. Control thread; allocates.
+    bool processOscMessage(const ondo::OSCMessage& message, std::int32_t& context) override;
+    /// "/numdelays", "/min", "/max", "/sum", "/distr". Allocates.
+    ondo::OSCBundle getState() const override;
+    ondo::OscDocumentation getOscDocumentation() const override;
 
     const ondo::Vector<float>& getDelays() const { return delays; }
     std::uint32_t getNumDelays() const { return numDelays; }

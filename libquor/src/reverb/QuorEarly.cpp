@@ -282,4 +282,39 @@ void computeEarlyGains(ondo::Vector<float>& gains, std::uint32_t N, float shape,
             gains[i] *= factor;
     }
 }
+
+bool Early::processOscMessage(const ondo::OSCMessage& message, std::int32_t& /*context*/)
+{
+    if (message.matches("/delays"))
+    {
+        const ondo::Vector<float> values = message.getArgumentsAsFloats();
+        if (values.size() == getNumOutputs() && values.size() == message.getNumArguments() && !values.empty())
+            setDelays(values, false);
+        return true;
+    }
+    if (message.matches("/numdelays") && message.matchesSingle('u'))
+        return message.getArgument(0).getInt64() == getNumOutputs();
+    if (message.matches("/numinputs") && message.matchesSingle('u'))
+        return message.getArgument(0).getInt64() == getNumInputs();
+    return false;
+}
+
+ondo::OSCBundle Early::getState() const
+{
+    ondo::OSCBundle state = getProcessorState();
+    state.add("/numdelays", getNumOutputs());
+    state.add("/numinputs", getNumInputs());
+    ondo::OSCMessage delays("/delays");
+    for (float delay : getDelays())
+        delays.addArgument(delay);
+    state.add(std::move(delays));
+    return state;
+}
+
+ondo::OscDocumentation Early::getDocumentation() const
+{
+    return {{"/delays", "[number][number]...", "sets the delay of each reflection (in ms)"},
+            {"/numdelays", "[int]", "checks the number of reflections"},
+            {"/numinputs", "[int]", "checks the number of inputs"}};
+}
 } // namespace Quor

@@ -35,6 +35,15 @@ public:
     /// Real-time safe.
     void clear() override;
 
+    /// "/delays" with one number an output (any other count changes nothing), "/numdelays" and
+    /// "/numinputs" (true when they equal the counts, which never change). No "/dsp" subtree:
+    /// the stage is reached through its owner.
+    /// Thread of the caller; allocates.
+    bool processOscMessage(const ondo::OSCMessage& message, std::int32_t& context) override;
+    /// The "/dsp" state, "/numdelays", "/numinputs", "/delays". Allocates.
+    ondo::OSCBundle getState() const override;
+    ondo::OscDocumentation getDocumentation() const override;
+
     /// Output `i` takes `delays[i]` (ms), gliding unless `immediate`. A hand-over safe while
     /// the audio thread runs, unless a delay is beyond a line's maximum, which enlarges it.
     void setDelays(const ondo::Vector<float>& delays, bool immediate);

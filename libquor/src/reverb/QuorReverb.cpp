@@ -375,4 +375,76 @@ void Reverb::updateDecay(bool immediate)
     else
         inputGain.setTarget(g, static_cast<double>(inputGainGlideMs));
 }
+
+bool Reverb::processOscMessage(const ondo::OSCMessage& message, std::int32_t& /*context*/)
+{
+    if (message.matches("/delays"))
+    {
+        const ondo::Vector<float> values = message.getArgumentsAsFloats();
+        if (values.size() == numChannels && values.size() == message.getNumArguments())
+            setDelays(values, false);
+        return true;
+    }
+    if (message.matches("/numdelays"))
+        return message.matchesSingle('u');
+    struct DecaySetter
+    {
+        std::string_view address;
+        void (Reverb::*set)(float, bool);
+    };
+    static constexpr DecaySetter decaySetters[] = {
+        {"/tr0", &Reverb::setTr0}, {"/trl", &Reverb::setTrl}, {"/trm", &Reverb::setTrm},
+        {"/trh", &Reverb::setTrh}, {"/fl", &Reverb::setFl},   {"/fh", &Reverb::setFh},
+    };
+    for (const DecaySetter& setter : decaySetters)
+        if (message.matches(setter.address))
+        {
+            if (!message.matchesSingle('n'))
+                return false;
+            (this->*setter.set)(message.getFloat(0), false);
+            return true;
+        }
+    if ((message.matches("/air") || message.matches("/air/enable")) && message.matchesSingle('b'))
+        setAirEnabled(message.getBool(0));
+    else if (message.matches("/air/freq") && message.matchesSingle('n'))
+        setAirCutoff(message.getFloat(0));
+    else if (message.matches("/infinite") && message.matchesSingle('b'))
+        setInfinite(message.getBool(0));
+    else
+        return false;
+    return true;
+}
+
+ondo::OSCBundle Reverb::getState() const
+{
+    ondo::OSCBundle state = getProcessorState();
+    state.add("/numdelays", numChannels);
+    ondo::OSCMessage lineDelays("/delays");
+    for (float delay : getDelays())
+        lineDelays.addArgument(delay);
+    state.add(std::move(lineDelays));
+    state.add("/air/enable", isAirEnabled());
+    state.add("/air/freq", getAirCutoff());
+    state.add("/infinite", isInfinite());
+    const std::pair<const char*, float> decay[] = {{"/tr0", getTr0()}, {"/trl", getTrl()}, {"/trm", getTrm()},
+                                                   {"/trh", getTrh()}, {"/fl", getFl()},   {"/fh", getFh()}};
+    for (const auto& [address, value] : decay)
+        state.add(address, value);
+    return state;
+}
+
+ondo::OscDocumentation Reverb::getDocumentation() const
+{
+    return {{"/delays", "[number][number]...", "sets the delay of each line (in ms)"},
+            {"/numdelays", "[int]", "the number of lines (cannot change)"},
+            {"/tr0", "[number]", "sets the reverberation time (in s)"},
+            {"/trl", "[number]", "sets the low-frequency decay ratio"},
+            {"/trm", "[number]", "sets the mid-frequency decay ratio"},
+            {"/trh", "[number]", "sets the high-frequency decay ratio"},
+            {"/fl", "[number]", "sets the low crossover (in Hz)"},
+            {"/fh", "[number]", "sets the high crossover (in Hz)"},
+            {"/air/enable", "[boolean]", "enables the air absorption"},
+            {"/air/freq", "[number]", "sets the air absorption cutoff (in Hz)"},
+            {"/infinite", "[boolean]", "freezes the decay"}};
+}
 } // namespace Quor

@@ -41,6 +41,17 @@ public:
 
     /// Audio thread; real-time safe.
     void process(float** outputs, float** inputs, std::uint32_t numSamples) override;
+    /// "/delays" (one number a line; any other count changes nothing), "/numdelays"
+    /// (accepted, no change), "/tr0" (floored at 0.1 s), "/trl", "/trm", "/trh", "/fl", "/fh",
+    /// "/air" and "/air/enable" b, "/air/freq" n, "/infinite" b; decay changes glide. No "/dsp"
+    /// subtree: reached through its owner.
+    /// Thread of the caller; allocates.
+    bool processOscMessage(const ondo::OSCMessage& message, std::int32_t& context) override;
+    /// The "/dsp" state, "/numdelays", "/delays", "/air/enable", "/air/freq", "/infinite",
+    /// then "/tr0" to "/fh". Allocates.
+    ondo::OSCBundle getState() const override;
+    ondo::OscDocumentation getDocumentation() const override;
+
     /// Empties the network and restarts the input gain from 1. Control thread, between
     /// blocks; allocates.
     void setSampleRate(float rate) override;
@@ -82,6 +93,8 @@ public:
     float getTrh() const { return trh; }
     float getFl() const { return fl; }
     float getFh() const { return fh; }
+    /// The air absorption's cutoff of the first line (Hz).
+    float getAirCutoff() const { return airFilters.empty() ? 0.0f : airFilters[0]->getCutoff(); }
     bool isInfinite() const { return infinite; }
     bool isAirEnabled() const { return airEnabled; }
     float getShortestDelay() const { return shortestDelay; }

@@ -142,4 +142,35 @@ void Shuffle::process(float** outputs, float** inputs, std::uint32_t numSamples)
     for (std::uint32_t c = 0; c < numChannels; ++c)
         vectorMultiplyConstant32(mix[c], gain, outputs[c], n);
 }
+
+bool Shuffle::processOscMessage(const ondo::OSCMessage& message, std::int32_t& context)
+{
+    if (handleProcessorMessages(message, context))
+        return true;
+    if (message.matches("/permutation") && message.matchesSingle('b'))
+        setPermutationEnabled(message.getBool(0));
+    else if (message.matches("/mode") && message.matchesSingle('s'))
+        return message.getArgument(0).getString() == getModeName();
+    else if (message.matches("/hadamard") && message.matchesSingle('s'))
+        hadamardTransform.setOrdering(message.getArgument(0).getString());
+    else
+        return false;
+    return true;
+}
+
+ondo::OSCBundle Shuffle::getState() const
+{
+    ondo::OSCBundle state = getProcessorState();
+    state.add("/mode", ondo::String(getModeName()));
+    state.add("/permutation", isPermutationEnabled());
+    state.add("/hadamard", ondo::String(ondo::FastHadamardTransform::orderingToText(hadamardTransform.getOrdering())));
+    return state;
+}
+
+ondo::OscDocumentation Shuffle::getDocumentation() const
+{
+    return {{"/permutation", "[boolean]", "applies permutation of the channels"},
+            {"/mode", "[string]", "shuffling mode"},
+            {"/hadamard", "[string]", "sets flavor of Hadamard processing"}};
+}
 } // namespace Quor

@@ -30,6 +30,14 @@ public:
     void process(float** outputs, float** inputs, std::uint32_t numSamples) override;
     void setBufferSize(std::uint32_t size) override;
 
+    /// After the service and "/dsp" addresses: "/permutation" b, "/mode" s (true when it
+    /// names the mode in force; the mode never changes), "/hadamard" s (the ordering).
+    /// Thread of the caller; allocates.
+    bool processOscMessage(const ondo::OSCMessage& message, std::int32_t& context) override;
+    /// The "/dsp" state, "/mode", "/permutation", "/hadamard". Allocates.
+    ondo::OSCBundle getState() const override;
+    ondo::OscDocumentation getDocumentation() const override;
+
     Mode getMode() const { return mode; }
     std::string getModeName() const { return modeToText(mode); }
     std::uint32_t getNumChannels() const { return numChannels; }

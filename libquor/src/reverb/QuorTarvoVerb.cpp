@@ -534,4 +534,160 @@ void TarvoVerb::updateLateDelays()
     const float distribution = numInternals < 9 ? 0.5f : 0.3f;
     reverb.setDelayRange(a, density * 1000.0f, distribution, false);
 }
+
+namespace
+{
+/// `message` lies at or below `prefix`: unlike `startsWith`, a shorter address never does.
+bool isAtOrBelow(const ondo::OSCMessage& message, std::string_view prefix)
+{
+    const auto depth = static_cast<std::size_t>(std::count(prefix.begin(), prefix.end(), '/'));
+    return message.size() >= depth && message.startsWith(prefix);
+}
+
+struct FilterRoute
+{
+    std::string_view address;
+    ondo::HLShelfParameters TarvoVerb::ParametersRecord::*record;
+    void (TarvoVerb::*set)(const ondo::HLShelfParameters&);
+};
+constexpr FilterRoute filterRoutes[] = {
+    {"/direct/filter", &TarvoVerb::ParametersRecord::directFilterParams, &TarvoVerb::setDirectFilter},
+    {"/room/filter", &TarvoVerb::ParametersRecord::roomFilterParams, &TarvoVerb::setRoomFilter},
+    {"/early/filter", &TarvoVerb::ParametersRecord::earlyFilterParams, &TarvoVerb::setEarlyFilter},
+    {"/cluster/filter", &TarvoVerb::ParametersRecord::clusterFilterParams, &TarvoVerb::setClusterFilter},
+};
+
+struct NumberRoute
+{
+    std::string_view address;
+    void (TarvoVerb::*set)(float);
+};
+constexpr NumberRoute numberRoutes[] = {
+    {"/reverb/gain", &TarvoVerb::setReverbGain},
+    {"/reverb/air/cutoff", &TarvoVerb::setAirCutoff},
+    {"/early/min", &TarvoVerb::setEarlyMin},
+    {"/early/max", &TarvoVerb::setEarlyMax},
+    {"/early/distr", &TarvoVerb::setEarlyDistribution},
+    {"/cluster/min", &TarvoVerb::setClusterMin},
+    {"/cluster/max", &TarvoVerb::setClusterMax},
+    {"/cluster/distr", &TarvoVerb::setClusterDistribution},
+    {"/reverb/min", &TarvoVerb::setReverbMin},
+    {"/reverb/density", &TarvoVerb::setReverbDensity},
+};
+
+/// The decay fields travel to the late stage together, in the shelf record's six slots.
+struct DecayRoute
+{
+    std::string_view address;
+    float ondo::HLShelfParameters::*field;
+};
+constexpr DecayRoute decayRoutes[] = {
+    {"/reverb/tr0", &ondo::HLShelfParameters::G0}, {"/reverb/trl", &ondo::HLShelfParameters::Gl},
+    {"/reverb/trm", &ondo::HLShelfParameters::Gm}, {"/reverb/trh", &ondo::HLShelfParameters::Gh},
+    {"/reverb/fl", &ondo::HLShelfParameters::fl},  {"/reverb/fh", &ondo::HLShelfParameters::fh},
+};
+
+/// Taken as understood and left alone: the viewer's addresses, anything else below a
+/// filter, and the room size, which only the host's viewer uses.
+constexpr std::string_view silentPrefixes[] = {"/viewer",       "/direct/filter",  "/room/filter",
+                                               "/early/filter", "/cluster/filter", "/reverb/room/size"};
+} // namespace
+
+bool TarvoVerb::processOscMessage(const ondo::OSCMessage& message, std::int32_t& context)
+{
+    if (handleProcessorMessages(message, context))
+        return true;
+    for (const FilterRoute& route : filterRoutes)
+        if (message.size() >= 3 && message.part(2) == "params" && isAtOrBelow(message, route.address))
+        {
+            ondo::HLShelfParameters record = parameters.*(route.record);
+            bool changed = false;
+            if (ondo::processHLShelfParametersMessage(message.withoutFirstParts(2), record, changed))
+            {
+                if (changed)
+                    (this->*(route.set))(record);
+                return true;
+            }
+        }
+    for (const NumberRoute& route : numberRoutes)
+        if (message.matches(route.address) && message.matchesSingle('n'))
+        {
+            (this->*(route.set))(message.getFloat(0));
+            return true;
+        }
+    for (const DecayRoute& route : decayRoutes)
+        if (message.matches(route.address) && message.matchesSingle('n'))
+        {
+            ondo::HLShelfParameters decay{parameters.tr0, parameters.trl, parameters.trm,
+                                          parameters.trh, parameters.fl,  parameters.fh};
+            decay.*(route.field) = message.getFloat(0);
+            setReverbTimes(decay, parameters.reverbGainDb);
+            return true;
+        }
+    if ((message.matches("/reverb/air/enable") || message.matches("/reverb/air")) && message.matchesSingle('b'))
+    {
+        setAirEnabled(message.getBool(0));
+        return true;
+    }
+    if (message.matches("/reverb/infinite") && message.matchesSingle('b'))
+    {
+        setInfinite(message.getBool(0));
+        return true;
+    }
+    return std::any_of(std::begin(silentPrefixes), std::end(silentPrefixes),
+                       [&](std::string_view prefix) { return isAtOrBelow(message, prefix); });
+}
+
+ondo::OSCBundle TarvoVerb::getState() const
+{
+    ondo::OSCBundle state = getProcessorState();
+    for (const FilterRoute& route : filterRoutes)
+        ondo::addHLShelfParametersState(state, route.address, parameters.*(route.record));
+    state.add("/source/number", static_cast<std::uint32_t>(sourcePositions.size()));
+    state.add("/speaker/number", static_cast<std::uint32_t>(speakerPositions.size()));
+    state.add("/numinternals", numInternals);
+    const std::pair<const char*, float> values[] = {
+        {"/early/min", parameters.earlyMin},       {"/early/max", parameters.earlyMax},
+        {"/early/distr", parameters.earlyDistribution}, {"/early/width", parameters.earlyWidth},
+        {"/early/shape", parameters.earlyShape},   {"/cluster/min", parameters.clusterMin},
+        {"/cluster/max", parameters.clusterMax},   {"/cluster/distr", parameters.clusterDistribution},
+        {"/reverb/gain", parameters.reverbGainDb}, {"/reverb/tr0", parameters.tr0},
+        {"/reverb/trl", parameters.trl},           {"/reverb/trm", parameters.trm},
+        {"/reverb/trh", parameters.trh},           {"/reverb/fl", parameters.fl},
+        {"/reverb/fh", parameters.fh},             {"/reverb/min", parameters.reverbMin},
+        {"/reverb/density", parameters.reverbDensity},
+    };
+    for (const auto& [address, value] : values)
+        state.add(address, value);
+    state.add("/reverb/air/enable", parameters.airEnabled);
+    state.add("/reverb/air/cutoff", reverb.getAirCutoff());
+    return state;
+}
+
+ondo::OscDocumentation TarvoVerb::getDocumentation() const
+{
+    ondo::OscDocumentation documentation;
+    for (const FilterRoute& route : filterRoutes)
+        documentation.add({std::string(route.address) + "/params", "[G0 Gl Gm Gh fl fh]",
+                           "sets the section's shelf: gains (in dB) and crossovers (in Hz)"});
+    documentation.add({"/reverb/gain", "[number]", "sets the late reverberation level (in dB)"});
+    documentation.add({"/reverb/tr0", "[number]", "sets the reverberation time (in s)"});
+    documentation.add({"/reverb/trl", "[number]", "sets the low-frequency decay ratio"});
+    documentation.add({"/reverb/trm", "[number]", "sets the mid-frequency decay ratio"});
+    documentation.add({"/reverb/trh", "[number]", "sets the high-frequency decay ratio"});
+    documentation.add({"/reverb/fl", "[number]", "sets the low crossover of the decay (in Hz)"});
+    documentation.add({"/reverb/fh", "[number]", "sets the high crossover of the decay (in Hz)"});
+    documentation.add({"/reverb/air/enable", "[boolean]", "enables the air absorption"});
+    documentation.add({"/reverb/air/cutoff", "[number]", "sets the air absorption cutoff (in Hz)"});
+    documentation.add({"/reverb/infinite", "[boolean]", "freezes the decay"});
+    documentation.add({"/early/min", "[number]", "sets the first reflection's delay (in ms)"});
+    documentation.add({"/early/max", "[number]", "sets the last reflection's delay (in ms)"});
+    documentation.add({"/early/distr", "[number]", "sets the distribution of the reflections"});
+    documentation.add({"/cluster/min", "[number]", "sets the cluster's shortest delay (in ms)"});
+    documentation.add({"/cluster/max", "[number]", "sets the cluster's longest delay (in ms)"});
+    documentation.add({"/cluster/distr", "[number]", "sets the distribution of the cluster's delays"});
+    documentation.add({"/reverb/min", "[number]", "sets the shortest late delay (in ms)"});
+    documentation.add({"/reverb/density", "[number]", "sets the sum of the late delays (in s)"});
+    return documentation;
+}
 } // namespace Quor

@@ -88,6 +88,18 @@ public:
     /// Empties stages, filters and panners; ramps keep their values.
     void clear() override;
 
+    /// After the service and "/dsp" addresses: "/direct/filter/params", "/room/filter/params",
+    /// "/early/filter/params", "/cluster/filter/params" (six numbers, or "/params/G0" ... with
+    /// one), "/reverb/gain", "/reverb/tr0" ... "/reverb/fh", "/reverb/air" and
+    /// "/reverb/air/enable", "/reverb/air/cutoff", "/reverb/infinite", "/early/min|max|distr",
+    /// "/cluster/min|max|distr", "/reverb/min", "/reverb/density"; addresses below "/viewer",
+    /// a filter, or "/reverb/room/size" are taken without effect. Each runs the setter of the
+    /// same name. Thread of the caller; allocates.
+    bool processOscMessage(const ondo::OSCMessage& message, std::int32_t& context) override;
+    /// The "/dsp" state, the four filters, the counts, then the room parameters. Allocates.
+    ondo::OSCBundle getState() const override;
+    ondo::OscDocumentation getDocumentation() const override;
+
     // Room parameters. Control thread; real-time safe hand-overs unless told.
     /// Moves a source (metres): the direct path, the two early virtual sources, and the
     /// distance gains. An index out of range is ignored.

@@ -1,5 +1,7 @@
 #include "dsp/TarvoDspBiquadCoefficients.h"
 
+#include "osc/TarvoDspOscMessage.h"
+
 namespace ondo
 {
 void BiquadCoefficients::normalize()
@@ -140,5 +142,13 @@ bool CascadeCoefficients::operator==(const CascadeCoefficients& other) const
         if (!(*sections[i] == *other.sections[i]))
             return false;
     return true;
+}
+
+bool CascadeCoefficients::parseFromOsc(const OSCMessage& message, Format format)
+{
+    const Vector<float> values = message.getArgumentsAsFloats();
+    if (values.size() != message.getNumArguments())
+        return false;
+    return setFromFlat(values.data(), values.size(), format);
 }
 } // namespace ondo

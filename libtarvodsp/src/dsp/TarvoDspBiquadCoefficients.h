@@ -6,6 +6,7 @@
 
 namespace ondo
 {
+class OSCMessage;
 /// One second-order section: (b0 + b1 z^-1 + b2 z^-2) / (a0 + a1 z^-1 + a2 z^-2), designed
 /// and kept in double precision. The default is a unit gain.
 struct BiquadCoefficients
@@ -61,6 +62,9 @@ public:
     /// Replaces the list from `count` numbers in `format`; an invalid count is refused
     /// (false) and leaves the list as it was.
     bool setFromFlat(const float* values, std::size_t count, Format format);
+    /// `setFromFlat` from the message's arguments read as floats; a message holding anything
+    /// but numbers is refused like an invalid count. Allocates.
+    bool parseFromOsc(const OSCMessage& message, Format format);
     /// Six floats a section, in the order of the record.
     Vector<float> toFlat() const;
     /// Five normalized doubles a section.

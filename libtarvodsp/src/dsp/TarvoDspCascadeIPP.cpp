@@ -1,6 +1,7 @@
 #include "dsp/TarvoDspCascadeIPP.h"
 
 #include "math/TarvoDspVectorPrimitives.h"
+#include "osc/TarvoDspOscMessage.h"
 
 #include <algorithm>
 
@@ -60,5 +61,46 @@ void CascadeIPP::installAll()
         sections[i].toFloats(taps.data() + 6 * i);
     }
     state->install(taps.data());
+}
+
+bool CascadeIPP::isCascadesMessage(const OSCMessage& message)
+{
+    if (!message.matches("/cascades") || message.getNumArguments() == 0)
+        return false;
+    const auto& arguments = message.getArguments();
+    return std::all_of(arguments.begin(), arguments.end(),
+                       [](const OSCArgument& argument) { return OSCMessage::isOfClass(argument, 'n'); });
+}
+
+OSCMessage CascadeIPP::cascadesState(const CascadeCoefficients& sections)
+{
+    OSCMessage message("/cascades");
+    message.addArgument(sections.toFive());
+    return message;
+}
+
+bool CascadeIPP::processOscMessage(const OSCMessage& message, std::int32_t& context)
+{
+    if (handleProcessorMessages(message, context))
+        return true;
+    if (!isCascadesMessage(message))
+        return false;
+    CascadeCoefficients received;
+    if (received.parseFromOsc(message, CascadeCoefficients::fivePerSection) &&
+        received.size() == static_cast<std::size_t>(getNumSections()))
+        setCoefficients(received);
+    return true;
+}
+
+OSCBundle CascadeIPP::getState() const
+{
+    OSCBundle state = getProcessorState();
+    state.add(cascadesState(sections));
+    return state;
+}
+
+OscDocumentation CascadeIPP::getDocumentation() const
+{
+    return {{"/cascades", "[number][number]...", "sets the filters coefficients"}};
 }
 } // namespace ondo

@@ -28,6 +28,18 @@ public:
     void clear() override { state->clear(); }
     void setBufferSize(std::uint32_t size) override { scratch.resize(size); }
 
+    /// "/cascades" with five numbers a section for every section this cascade has replaces
+    /// them; any other count is dropped without a report (the message still counts as
+    /// understood), as the section count never changes here. Thread of the caller.
+    bool processOscMessage(const OSCMessage& message, std::int32_t& context) override;
+    /// The "/dsp" state, then "/cascades" with five normalized numbers a section.
+    OSCBundle getState() const override;
+    OscDocumentation getDocumentation() const override;
+    /// True for "/cascades" followed by one or more numbers and nothing else. Real-time safe.
+    static bool isCascadesMessage(const OSCMessage& message);
+    /// The "/cascades" message of `sections`. Allocates.
+    static OSCMessage cascadesState(const CascadeCoefficients& sections);
+
     /// New memory for `n` sections, all installed from `sections`, then cleared.
     /// Control thread; allocates.
     void setNumSections(int n);

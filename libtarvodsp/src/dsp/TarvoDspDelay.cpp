@@ -461,4 +461,44 @@ void Delay::readGliding(float* output, std::uint32_t n, Ramp& delayInSamples, In
         }
     }
 }
+
+bool Delay::processOscMessage(const OSCMessage& message, std::int32_t& context)
+{
+    if (handleProcessorMessages(message, context))
+        return true;
+    if (message.matches("/interpolation/mode") && message.matchesSingle('s'))
+        setInterpolationMode(interpolationModeFromName(message.getArgument(0).getString()));
+    else if (message.matches("/interpolation/time") && message.matchesSingle('n'))
+        setInterpolationTime(message.getFloat(0));
+    else if (message.matches("/delay") && message.matchesSingle('n'))
+    {
+        if (message.getFloat(0) >= 0.0f)
+            setDelay(message.getFloat(0));
+    }
+    else if (message.matches("/length") && message.matchesSingle('n'))
+        setMaximumDelay(message.getFloat(0));
+    else
+        return false;
+    return true;
+}
+
+OSCBundle Delay::getState() const
+{
+    OSCBundle state = getProcessorState();
+    state.add("/delay", samplesToMs(delayRamp.getTargetValue()));
+    state.add("/length", getMaximumDelay());
+    state.add("/interpolation/mode", String(interpolationModeName(getInterpolationMode())));
+    state.add("/interpolation/time", getInterpolationTime());
+    return state;
+}
+
+OscDocumentation Delay::getDocumentation() const
+{
+    return {
+        {"/interpolation/mode", "[string]", "sets the interpolation mode"},
+        {"/interpolation/time", "[number]", "sets the glide time of delay changes (in ms)"},
+        {"/delay", "[number]", "sets the delay (in ms)"},
+        {"/length", "[number]", "sets the maximum delay (in ms)"},
+    };
+}
 } // namespace ondo

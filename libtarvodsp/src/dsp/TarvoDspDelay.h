@@ -38,6 +38,14 @@ public:
     /// Samples the constructor adds to the maximum asked for.
     static constexpr float constructionHeadroomSamples = 8192.0f;
 
+    /// "/interpolation/mode" s, "/interpolation/time" n (above 0), "/delay" n in ms (a
+    /// negative value is taken and ignored; the line grows when need be, which allocates),
+    /// "/length" n in ms, after the "/dsp" subtree. Thread of the caller.
+    bool processOscMessage(const OSCMessage& message, std::int32_t& context) override;
+    /// The "/dsp" state, then "/delay", "/length", "/interpolation/mode", "/interpolation/time".
+    OSCBundle getState() const override;
+    OscDocumentation getDocumentation() const override;
+
     /// The mode of a name; a name that isn't known gives "linear".
     static InterpolationMode interpolationModeFromName(const std::string& name);
     /// The name of a mode; a value that isn't known gives "linear".

@@ -14,6 +14,7 @@ public:
         : FadedFilters<CascadeIPP>(type, 6 * static_cast<std::size_t>(std::max(numSections, 0)),
                                    std::max(numSections, 0))
     {
+        setNumSections(numSections);
     }
 
     using FadedFilters<CascadeIPP>::setCoefficients;
@@ -24,12 +25,51 @@ public:
         const int n = getNumSections();
         if (n == 0)
             return;
-        setPending(
-            [&](float* slot) {
-                for (int i = 0; i < n; ++i)
-                    (i < static_cast<int>(sections.size()) ? sections[i] : BiquadCoefficients{}).toFloats(slot + 6 * i);
-            },
-            immediately);
+        for (int i = 0; i < n; ++i)
+            (i < static_cast<int>(sections.size()) ? sections[i] : BiquadCoefficients{}).toFloats(requested.data() + 6 * i);
+        setPending([&](float* slot) { std::copy(requested.begin(), requested.end(), slot); }, immediately);
+    }
+
+    /// "/cascades" with five numbers a section, any valid count: the section count follows
+    /// (which allocates) and the new coefficients fade in; an invalid count is dropped
+    /// without a report. "/bypass" and "/mute" b set the processor's flags. Thread of the
+    /// caller.
+    bool processOscMessage(const OSCMessage& message, std::int32_t& context) override
+    {
+        if (handleProcessorMessages(message, context))
+            return true;
+        if (CascadeIPP::isCascadesMessage(message))
+        {
+            CascadeCoefficients received;
+            if (received.parseFromOsc(message, CascadeCoefficients::fivePerSection))
+            {
+                if (static_cast<int>(received.size()) != getNumSections())
+                    setNumSections(static_cast<int>(received.size()));
+                setCoefficients(received, false);
+            }
+        }
+        else if (message.matches("/bypass") && message.matchesSingle('b'))
+            setBypass(message.getBool(0));
+        else if (message.matches("/mute") && message.matchesSingle('b'))
+            setMute(message.getBool(0));
+        else
+            return false;
+        return true;
+    }
+    /// The "/dsp" state, then "/cascades" of the sections fading in or in force.
+    OSCBundle getState() const override
+    {
+        OSCBundle state = getProcessorState();
+        CascadeCoefficients sections;
+        sections.setFromFlat(requested.data(), requested.size(), CascadeCoefficients::sixPerSection);
+        state.add(CascadeIPP::cascadesState(sections));
+        return state;
+    }
+    OscDocumentation getDocumentation() const override
+    {
+        return {{"/cascades", "[number][number]...", "sets the filters coefficients"},
+                {"/bypass", "[boolean]", "bypasses the filter"},
+                {"/mute", "[boolean]", "mutes the filter"}};
     }
 
     /// Both instances and the pending group follow (zeroed when the size changes).
@@ -40,7 +80,15 @@ public:
         filterA.setNumSections(n);
         filterB.setNumSections(n);
         resizePending(6 * static_cast<std::size_t>(n));
+        requested.resize(6 * static_cast<std::size_t>(n));
+        CascadeCoefficients units(static_cast<std::size_t>(n));
+        for (int i = 0; i < n; ++i)
+            units[static_cast<std::size_t>(i)].toFloats(requested.data() + 6 * i);
     }
     int getNumSections() const { return filterA.getNumSections(); }
+
+private:
+    /// The sections last asked for, six values each: what the state reports.
+    Vector<float> requested;
 };
 } // namespace ondo

@@ -49,4 +49,47 @@ BiquadCoefficients designHLShelf(const HLShelfParameters& p, float sampleRate)
     return {k * g, (high.zero + low.zero) * g * k, high.zero * low.zero * g * k, 1.0, high.pole + low.pole,
             high.pole * low.pole};
 }
+
+bool processHLShelfParametersMessage(const OSCMessage& message, HLShelfParameters& parameters, bool& changed)
+{
+    changed = false;
+    const HLShelfParameters before = parameters;
+    if (message.matches("/params"))
+    {
+        if (!message.matchesList("nnnnnn"))
+            return false;
+        parameters = {message.getFloat(0), message.getFloat(1), message.getFloat(2),
+                      message.getFloat(3), message.getFloat(4), message.getFloat(5)};
+    }
+    else
+    {
+        struct Field
+        {
+            std::string_view address;
+            float HLShelfParameters::*value;
+        };
+        static constexpr Field fields[] = {
+            {"/params/G0", &HLShelfParameters::G0}, {"/params/Gl", &HLShelfParameters::Gl},
+            {"/params/Gm", &HLShelfParameters::Gm}, {"/params/Gh", &HLShelfParameters::Gh},
+            {"/params/fl", &HLShelfParameters::fl}, {"/params/fh", &HLShelfParameters::fh},
+        };
+        const Field* found = nullptr;
+        for (const Field& field : fields)
+            if (message.matches(field.address))
+                found = &field;
+        if (found == nullptr || !message.matchesSingle('n'))
+            return false;
+        parameters.*(found->value) = message.getFloat(0);
+    }
+    changed = !(parameters == before);
+    return true;
+}
+
+void addHLShelfParametersState(OSCBundle& state, std::string_view prefix, const HLShelfParameters& parameters)
+{
+    OSCMessage message(std::string(prefix) + "/params");
+    for (float value : {parameters.G0, parameters.Gl, parameters.Gm, parameters.Gh, parameters.fl, parameters.fh})
+        message.addArgument(value);
+    state.add(std::move(message));
+}
 } // namespace ondo

@@ -1,6 +1,9 @@
 #pragma once
 
 #include "dsp/TarvoDspBiquadCoefficients.h"
+#include "osc/TarvoDspOscBundle.h"
+
+#include <string_view>
 
 namespace ondo
 {
@@ -22,4 +25,11 @@ struct HLShelfParameters
 /// precision at `sampleRate` (Hz). All band gains 0 gives a pure gain of `G0`.
 /// Any thread; real-time safe.
 BiquadCoefficients designHLShelf(const HLShelfParameters& parameters, float sampleRate);
+
+/// The record's OSC face: "/params" with six numbers (G0 Gl Gm Gh fl fh) sets all six,
+/// "/params/G0" ... "/params/fh" with one number sets that field. True when the message had
+/// one of these forms; `changed` tells whether a value moved. Any thread; real-time safe.
+bool processHLShelfParametersMessage(const OSCMessage& message, HLShelfParameters& parameters, bool& changed);
+/// Appends `prefix` + "/params" with the six values. Allocates.
+void addHLShelfParametersState(OSCBundle& state, std::string_view prefix, const HLShelfParameters& parameters);
 } // namespace ondo

@@ -1,5 +1,8 @@
 #include "dsp/TarvoDspMultiFadedHLShelf.h"
 
+#include <algorithm>
+#include <cstdio>
+
 #include <cstring>
 
 namespace ondo
@@ -46,5 +49,49 @@ void MultiFadedHLShelf::setCrossfadeTime(float ms)
 {
     for (FadedHLShelf* channel : channels)
         channel->setCrossfadeTime(ms);
+}
+
+bool MultiFadedHLShelf::processOscMessage(const OSCMessage& message, std::int32_t& context)
+{
+    if (handleProcessorMessages(message, context))
+        return true;
+    if (message.matches("/crossfadetime") && message.matchesSingle('n'))
+        setCrossfadeTime(std::max(message.getFloat(0), 0.0f));
+    else if (message.matches("/params") && message.matchesList("nnnnnn"))
+    {
+        HLShelfParameters parameters;
+        bool changed = false;
+        processHLShelfParametersMessage(message, parameters, changed);
+        setParameters(parameters, false);
+    }
+    else
+        return false;
+    return true;
+}
+
+OSCBundle MultiFadedHLShelf::getState() const
+{
+    OSCBundle state = getProcessorState();
+    if (getNumChannels() == 0)
+        return state;
+    state.add("/crossfadetime", getChannel(0).getCrossfadeTime());
+    addHLShelfParametersState(state, "", getChannel(0).getParameters());
+    return state;
+}
+
+OscDocumentation MultiFadedHLShelf::getDocumentation() const
+{
+    return {{"/crossfadetime", "[number]", "sets the crossfade time (in ms)"},
+            {"/params", "[G0 Gl Gm Gh fl fh]", "sets the gains (in dB) and the crossover frequencies (in Hz)"}};
+}
+
+String MultiFadedHLShelf::getParametersText() const
+{
+    const HLShelfParameters p = getNumChannels() > 0 ? getChannel(0).getParameters() : HLShelfParameters{};
+    char text[256];
+    std::snprintf(text, sizeof text, "G0 = %.2f, Gl = %.2f, Gm = %.2f, Gh = %.2f, fl = %.0f, fh = %.0f",
+                  static_cast<double>(p.G0), static_cast<double>(p.Gl), static_cast<double>(p.Gm),
+                  static_cast<double>(p.Gh), static_cast<double>(p.fl), static_cast<double>(p.fh));
+    return text;
 }
 } // namespace ondo

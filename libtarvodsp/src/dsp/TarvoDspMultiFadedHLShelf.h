@@ -26,6 +26,15 @@ public:
     void setParameters(std::uint32_t channel, const HLShelfParameters& parameters, bool immediately);
     void setCrossfadeTime(float ms);
 
+    /// "/crossfadetime" n (floored at 0) and "/params" with six numbers (G0 Gl Gm Gh fl fh,
+    /// to every channel, faded), after the "/dsp" subtree. Thread of the caller.
+    bool processOscMessage(const OSCMessage& message, std::int32_t& context) override;
+    /// The "/dsp" state, then channel 0's "/crossfadetime" and "/params".
+    OSCBundle getState() const override;
+    OscDocumentation getDocumentation() const override;
+    /// "G0 = 0.00, Gl = 0.00, Gm = 0.00, Gh = 0.00, fl = 250, fh = 4000" for channel 0.
+    String getParametersText() const;
+
     /// Control thread; allocates.
     void setNumChannels(std::uint32_t n) override;
 

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
 #include <limits>
@@ -104,6 +105,30 @@ TEST(Renderer, SettingsTheReverberatorCantTakeAreRefused)
     wrongRate.sampleRate = 48000.0f;
     wrongRate.sampleRateGiven = true;
     EXPECT_THROW(renderRoom(wrongRate, notes), UsageError) << "the file is at 44100 Hz; nothing resamples";
+}
+
+// Messages reach the reverberator in order through its OSC face; a refused one is named with
+// its text, whatever comes after it.
+TEST(Renderer, OscMessagesAreAppliedInOrderAndRefusalsNamed)
+{
+    std::vector<std::string> notes;
+    RenderSettings settings;
+    settings.oscMessages = {"/reverb/tr0 2", "/reverb/tr0 3.5", "/early/min 12"};
+    const auto lines = reverberatorState(settings, notes);
+    EXPECT_NE(std::find(lines.begin(), lines.end(), "/reverb/tr0 3.5"), lines.end());
+    EXPECT_NE(std::find(lines.begin(), lines.end(), "/early/min 12"), lines.end());
+
+    settings.oscMessages = {"/reverb/tr0 3.5", "/early/shape 0.8", "/reverb/gain loud", "/reverb/fh 6000"};
+    try
+    {
+        reverberatorState(settings, notes);
+        ADD_FAILURE() << "refused messages must stop the run";
+    }
+    catch (const UsageError& error)
+    {
+        EXPECT_EQ(std::string(error.what()),
+                  "--osc \"/early/shape 0.8\": not understood; --osc \"/reverb/gain loud\": not understood");
+    }
 }
 
 TEST(Renderer, RecordingSetsTheRateAndTheLength)
