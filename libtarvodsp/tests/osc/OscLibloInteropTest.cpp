@@ -7,7 +7,9 @@
 #include <gtest/gtest.h>
 #include <lo/lo.h>
 
+#include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <vector>
@@ -22,17 +24,27 @@ using ondo::OSCMessage;
 using ondo::OSCOutputStream;
 
 /// What liblo made of a message, in our types: the comparison rests on liblo's own parse.
+// liblo hands arguments as pointers into the packet, only 4-byte aligned, while its union asks
+// for 8: read the bytes rather than a member.
+template <typename T>
+T argumentValue(const lo_arg* argument)
+{
+    T value;
+    std::memcpy(&value, static_cast<const void*>(argument), sizeof value);
+    return value;
+}
+
 OSCMessage fromLiblo(const char* path, const char* types, lo_arg** argv, int argc)
 {
     OSCMessage message(OSCAddress::fromPattern(path));
     for (int i = 0; i < argc; ++i)
         switch (types[i])
         {
-        case 'i': message.addArgument(OSCArgument(argv[i]->i)); break;
-        case 'f': message.addArgument(OSCArgument(argv[i]->f)); break;
-        case 'h': message.addArgument(OSCArgument(static_cast<std::int64_t>(argv[i]->h))); break;
-        case 'd': message.addArgument(OSCArgument(argv[i]->d)); break;
-        case 's': message.addArgument(OSCArgument(std::string(&argv[i]->s))); break;
+        case 'i': message.addArgument(OSCArgument(argumentValue<std::int32_t>(argv[i]))); break;
+        case 'f': message.addArgument(OSCArgument(argumentValue<float>(argv[i]))); break;
+        case 'h': message.addArgument(OSCArgument(argumentValue<std::int64_t>(argv[i]))); break;
+        case 'd': message.addArgument(OSCArgument(argumentValue<double>(argv[i]))); break;
+        case 's': message.addArgument(OSCArgument(std::string(reinterpret_cast<const char*>(argv[i])))); break;
         case 'T': message.addArgument(OSCArgument(true)); break;
         case 'F': message.addArgument(OSCArgument(false)); break;
         case 'b':
