@@ -114,10 +114,10 @@ ondo::OSCBundle Cluster::getState() const
 {
     ondo::OSCBundle state = getProcessorState();
     state.add("/numdelays", getNumInputs());
-    ondo::OSCMessage delays("/delays");
+    ondo::OSCMessage delayList("/delays");
     for (float delay : getDelays())
-        delays.addArgument(delay);
-    state.add(std::move(delays));
+        delayList.addArgument(delay);
+    state.add(std::move(delayList));
     return state;
 }
 

@@ -94,9 +94,9 @@ bool CascadeIPP::processOscMessage(const OSCMessage& message, std::int32_t& cont
 
 OSCBundle CascadeIPP::getState() const
 {
-    OSCBundle state = getProcessorState();
-    state.add(cascadesState(sections));
-    return state;
+    OSCBundle report = getProcessorState();
+    report.add(cascadesState(sections));
+    return report;
 }
 
 OscDocumentation CascadeIPP::getDocumentation() const
