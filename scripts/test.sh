@@ -9,8 +9,10 @@ set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
 # faust: the reverb that the benchmarks compare with; sox: a real peer of the WAV tests;
 # xmllint and liblo: independent readers of our XML and OSC packets;
-# clang and its runtime libraries: the second compiler, libFuzzer and the sanitizers.
-bash "$root/scripts/setup.sh" faust sox libxml2-utils liblo-dev pkg-config python3 clang libclang-rt-dev
+# clang and its runtime libraries: the second compiler, libFuzzer and the sanitizers;
+# Pd and its header: tarvoverb~ for Pd is built and tested in the real Pd.
+bash "$root/scripts/setup.sh" faust sox libxml2-utils liblo-dev pkg-config python3 clang libclang-rt-dev \
+  puredata-core puredata-dev
 jobs="$(nproc)"
 
 echo "== thread sanitizer (gcc), concurrency tests"

@@ -2,10 +2,12 @@
 
 #include "TarvoverbNotation.h"
 #include "common/TarvoDspException.h"
+#include "osc/TarvoDspOscMessage.h"
 #include "reverb/QuorTarvoVerb.h"
 
 #include <algorithm>
 #include <cstring>
+#include <filesystem>
 #include <new>
 
 namespace tarvo::host
@@ -78,6 +80,51 @@ void TarvoverbCore::destroyEngine()
     delete s.processor;
     s.processor = nullptr;
     s.initialized = false;
+}
+
+void TarvoverbCore::prepare(float sampleRate, std::uint32_t blockSize)
+{
+    Quor::TarvoVerb* engine = s.processor;
+    if (engine == nullptr)
+        return;
+    if (engine->getSampleRate() == Quor::TarvoVerb::clampSampleRate(sampleRate) && engine->getBufferSize() == blockSize)
+    {
+        warmUp(blockSize);
+        return;
+    }
+    engine->setup(sampleRate, blockSize, true);
+    applyStoredValues();
+    warmUp(blockSize);
+}
+
+void TarvoverbCore::warmUp(std::uint32_t blockSize)
+{
+    // The engine sizes some of its block views on the first block it renders: that block is
+    // rendered here, in silence, so that the audio routine never allocates.
+    Quor::TarvoVerb& engine = *s.processor;
+    std::vector<float> silence(static_cast<std::size_t>(blockSize) * (engine.getNumInputs() + engine.getNumOutputs()));
+    std::vector<float*> inputs, outputs;
+    for (std::uint32_t c = 0; c < engine.getNumInputs(); ++c)
+        inputs.push_back(silence.data() + static_cast<std::size_t>(c) * blockSize);
+    for (std::uint32_t c = 0; c < engine.getNumOutputs(); ++c)
+        outputs.push_back(silence.data() + static_cast<std::size_t>(engine.getNumInputs() + c) * blockSize);
+    engine.processBlock(outputs.data(), inputs.data(), blockSize);
+    engine.clear();
+}
+
+void TarvoverbCore::applyStoredValues()
+{
+    Quor::TarvoVerb* engine = s.processor;
+    if (engine == nullptr)
+        return;
+    const auto shelf = [](const float* v) { return ondo::HLShelfParameters{v[0], v[1], v[2], v[3], v[4], v[5]}; };
+    engine->setDirectFilter(shelf(s.direct));
+    engine->setRoomFilter(shelf(s.room));
+    engine->setEarlyFilter(shelf(s.early));
+    engine->setClusterFilter(shelf(s.cluster));
+    reverbStep();
+    structureStep();
+    speakersStep();
 }
 
 bool TarvoverbCore::setAutomute(float seconds)
@@ -439,5 +486,103 @@ std::vector<std::string> TarvoverbCore::describeDsp() const
 double TarvoverbCore::clip(const AttributeEntry& entry, double value)
 {
     return entry.clip ? std::clamp(value, entry.minimum, entry.maximum) : value;
+}
+bool TarvoverbCore::oscMessage(std::string_view address, Atoms atoms)
+{
+    if (s.processor == nullptr)
+        return false;
+    try
+    {
+        ondo::OSCMessage message(address);
+        for (const Atom& atom : atoms)
+        {
+            if (atom.type == Atom::Type::Long)
+                message.addArgument(static_cast<std::int32_t>(atom.integer()));
+            else if (atom.type == Atom::Type::Float)
+                message.addArgument(static_cast<float>(atom.number));
+            else if (atom.type == Atom::Type::Symbol)
+                message.addArgument(std::string(atom.symbol).c_str());
+        }
+        std::int32_t context = ondo::OscInterface::setContext;
+        const bool understood = s.processor->processOscMessage(message, context);
+        // Even a preset load that refused some of its lines applied the others.
+        adoptEngineState();
+        if (understood)
+            return true;
+        if (message.matches("/preset/load"))
+            console.error("preset " + renderAtoms(atoms) + ": the lines above were not understood");
+        else
+            reportInvalidMessage(console, "unknown OSC message : " + std::string(address), atoms);
+    }
+    catch (const ondo::Exception& failure)
+    {
+        console.error(failure.getMessage());
+    }
+    catch (const std::bad_alloc& failure)
+    {
+        console.error(std::string("out of memory : ") + failure.what());
+    }
+    return false;
+}
+
+void TarvoverbCore::adoptEngineState()
+{
+    const Quor::TarvoVerb& engine = *s.processor;
+    const Quor::TarvoVerb::ParametersRecord& p = engine.getParameters();
+    const auto shelf = [](float* field, const ondo::HLShelfParameters& v) {
+        const float values[] = {v.G0, v.Gl, v.Gm, v.Gh, v.fl, v.fh};
+        std::copy_n(values, 6, field);
+    };
+    shelf(s.direct, p.directFilterParams);
+    shelf(s.room, p.roomFilterParams);
+    shelf(s.early, p.earlyFilterParams);
+    shelf(s.cluster, p.clusterFilterParams);
+    s.early_start = p.earlyMin;
+    s.early_end = p.earlyMax;
+    s.early_distr = p.earlyDistribution;
+    s.early_width = p.earlyWidth;
+    s.early_shape = p.earlyShape;
+    s.cluster_start = p.clusterMin;
+    s.cluster_end = p.clusterMax;
+    s.cluster_distr = p.clusterDistribution;
+    s.reverb_start = p.reverbMin;
+    s.tr0 = p.tr0;
+    s.trl = p.trl;
+    s.trm = p.trm;
+    s.trh = p.trh;
+    s.fl = p.fl;
+    s.fh = p.fh;
+    s.gain = p.reverbGainDb;
+    s.modaldensity = p.reverbDensity;
+    s.air = p.airEnabled ? 1 : 0;
+    s.airfreq = engine.getReverb().getAirCutoff();
+    s.infinite = engine.getReverb().isInfinite() ? 1 : 0;
+    const auto points = [](float* field, const ondo::Point3Array& positions, std::int64_t count) {
+        for (std::int64_t i = 0; i < count && static_cast<std::size_t>(i) < positions.size(); ++i)
+        {
+            const ondo::Point3& q = positions[static_cast<std::size_t>(i)];
+            field[3 * i] = q.x;
+            field[3 * i + 1] = q.y;
+            field[3 * i + 2] = q.z;
+        }
+    };
+    points(s.sourcespositions, engine.getSourcePositions(), s.numsources);
+    points(s.speakerspositions, engine.getSpeakerPositions(), s.numspeakers);
+}
+
+bool TarvoverbCore::presetMessage(Atoms atoms, const std::string& directory)
+{
+    const bool understood = matchesPattern("ss", atoms, true) && (atoms[0].symbol == "load" || atoms[0].symbol == "export");
+    if (!understood)
+    {
+        reportInvalidMessage(console, "invalid message : preset", atoms);
+        return false;
+    }
+    std::filesystem::path file(atoms[1].symbol);
+    if (file.is_relative() && !directory.empty())
+        file = std::filesystem::path(directory) / file;
+    const std::string path = file.string();
+    const Atom argument = Atom::fromSymbol(path);
+    return oscMessage(atoms[0].symbol == "load" ? "/preset/load" : "/preset/export", Atoms(&argument, 1));
 }
 } // namespace tarvo::host

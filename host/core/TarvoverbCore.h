@@ -35,6 +35,16 @@ public:
     /// Destroys the engine. Not while audio runs.
     void destroyEngine();
 
+    /// Readies the engine for the host's sample rate (Hz) and block size before audio starts.
+    /// At the rate and size it has, its memories are emptied; at others it is set up anew
+    /// and every stored value is applied again, so that all that derives from the rate is
+    /// computed at the new one, exactly as for an engine built at that rate. Control thread,
+    /// while audio is stopped; allocates.
+    void prepare(float sampleRate, std::uint32_t blockSize);
+    /// Hands the engine every stored value: the four filters, the decay, the structure, the
+    /// speakers, then the sources.
+    void applyStoredValues();
+
     /// The common setter: stores `atoms` into the attribute `name` and applies the change.
     /// An empty list does nothing.
     bool setAttribute(std::string_view name, Atoms atoms);
@@ -63,6 +73,15 @@ public:
     /// How many values an attribute holds now.
     int liveLength(const AttributeEntry& entry) const;
 
+    /// A message of the reverberator's own control language, "/address arguments...",
+    /// applied at once. Reports a message the engine does not understand, or its failure.
+    bool oscMessage(std::string_view address, Atoms atoms);
+    /// "preset load FILE" and "preset export FILE" in any of the preset file forms (by the
+    /// extension: .txt, .osc, .xml, .coll). A relative FILE is taken in `directory`.
+    bool presetMessage(Atoms atoms, const std::string& directory);
+
+    const ObjectState& state() const { return s; }
+
     /// The engine's texts for an inlet and an outlet; empty beyond its channels.
     std::string inletText(long index) const;
     std::string outletText(long index) const;
@@ -73,6 +92,11 @@ public:
     static double clip(const AttributeEntry& entry, double value);
 
 private:
+    /// After a message in the engine's own language: the stored values become the engine's,
+    /// so that the attributes read back what the engine now does.
+    void adoptEngineState();
+    /// One silent block and a clear, before audio starts.
+    void warmUp(std::uint32_t blockSize);
     void reverbStep();
     void structureStep();
     void sendSourcePositions();

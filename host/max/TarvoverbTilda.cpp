@@ -5,6 +5,7 @@
 #include "TarvoMaxServices.h"
 #include "TarvoverbAttributeTable.h"
 #include "TarvoverbCore.h"
+#include "TarvoverbServices.h"
 #include "reverb/QuorTarvoVerb.h"
 #include "text/TarvoDspVersion.h"
 
@@ -124,9 +125,8 @@ void declareAttributes(t_class* c)
                               Quor::MaxMspExternalDocumentation::descriptionOf(className));
     addDocumentationAttribute(c, "classseealso", offsetof(TarvoverbTilda, classseealso),
                               Quor::MaxMspExternalDocumentation::seeAlsoOf(className));
-    char version[128];
-    std::snprintf(version, sizeof version, "%d.%d.%d (Build %s) (%d bits float)", 4, 9, 2, "Feb 14 2017", 32);
-    addDocumentationAttribute(c, "externalversion", offsetof(TarvoverbTilda, externalversion), version);
+    addDocumentationAttribute(c, "externalversion", offsetof(TarvoverbTilda, externalversion),
+                              tarvo::host::externalVersion());
 
     for (const AttributeEntry& entry : tarvo::host::attributeTable())
     {
