@@ -230,6 +230,8 @@ MESSAGE_CASES = [
     (["tr0 2.5", "dump tr0"], ["dump: tr0 2.5"]),
     (["tr0 500", "dump tr0"], ["dump: tr0 100"]),  # clipped by the attribute's range
     (["reset tr0", "dump tr0"], ["dump: tr0 1.995"]),
+    (["dump"], ["dump: numinternals 8", "dump: air 0", "dump: mute 0"]),  # every attribute, one message each
+    (["tr0 3", "reset", "dump tr0", "dump numsources"], ["dump: tr0 1.995", "dump: numsources 2"]),  # counts spared
     (["/reverb/tr0 3", "dump tr0"], ["dump: tr0 3"]),  # the attribute reads back the engine's value
     (["reverb start 50", "dump reverb_start"], ["dump: reverb_start 50"]),
     (["reverb foo 1"], ["error: tarvoverb~: unknwon message : reverb foo 1"]),
