@@ -248,8 +248,9 @@ void computeEarlyGains(ondo::Vector<float>& gains, std::uint32_t N, float shape,
     if (N <= 8)
         return;
 
-    // Break the equality of the gains by up to 5 %; each computation differs.
-    thread_local std::minstd_rand generator(20061);
+    // Break the equality of the gains by up to 5 %. The same seed every time, so that a room
+    // renders the same samples whatever was computed before it, on whichever thread.
+    std::minstd_rand generator(20061);
     for (std::uint32_t i = 0; i < N; ++i)
     {
         const auto r = static_cast<double>(generator() & 0x7fffu);
