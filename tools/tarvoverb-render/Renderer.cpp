@@ -4,6 +4,7 @@
 #include "PositionMessages.h"
 #include "RenderPreset.h"
 #include "common/TarvoDspException.h"
+#include "files/TarvoDspFile.h"
 #include "math/TarvoDspDenormals.h"
 #include "reverb/QuorTarvoVerb.h"
 
@@ -122,7 +123,7 @@ void checkOutput(const RenderJob& job, std::uint64_t rf64Above)
     if (!s.inputPath.empty() && std::filesystem::equivalent(s.inputPath, s.outputPath, error))
         throw UsageError("--out \"" + s.outputPath + "\" is the --in file; writing it would destroy the recording");
     const std::uint64_t bytes = WavWriter::fileSize(static_cast<std::uint32_t>(s.numSpeakers), job.numFrames, rf64Above);
-    std::filesystem::path folder = std::filesystem::absolute(s.outputPath, error).parent_path();
+    const ondo::String folder = ondo::File(s.outputPath).getParentDirectory().getFullPathName();
     const std::filesystem::space_info space = std::filesystem::space(folder, error);
     if (!error && space.available < bytes)
         throw UsageError("\"" + s.outputPath + "\" needs " + std::to_string(bytes / 1000000 + 1) + " MB and only " +
@@ -321,8 +322,7 @@ FileRendering renderToFile(const RenderSettings& settings, std::vector<std::stri
     catch (...)
     {
         writer.abandon();
-        std::error_code ignored;
-        std::filesystem::remove(s.outputPath, ignored);
+        ondo::File(s.outputPath).deleteFile();
         throw;
     }
     return result;
