@@ -30,6 +30,20 @@ const RunSetting runSettings[] = {
     {"/numinternals", "numinternals", &RenderSettings::numInternals, 2, 16},
     {"/dsp/buffersize", "blocksize", &RenderSettings::blockSize, 1, 4096},
 };
+/// The decay the preset sets, copied into the settings so that the automatic length and the
+/// summary follow it as they follow the options; the reverberator gets it from the replay.
+struct DecaySetting
+{
+    const char* address;
+    const char* option;
+    float RenderSettings::*field;
+};
+const DecaySetting decaySettings[] = {
+    {"/reverb/tr0", "tr0", &RenderSettings::tr0},
+    {"/reverb/trl", "trl", &RenderSettings::trl},
+    {"/reverb/trm", "trm", &RenderSettings::trm},
+    {"/reverb/trh", "trh", &RenderSettings::trh},
+};
 constexpr const char* sampleRateAddress = "/dsp/samplerate";
 constexpr double lowestRate = 8000.0;
 constexpr double highestRate = 384000.0;
@@ -95,6 +109,11 @@ void preparePresets(RenderSettings& s)
                 if (s.givenOptions.count(setting.option) == 0)
                     s.*setting.field = static_cast<int>(value);
             }
+        for (const DecaySetting& decay : decaySettings)
+            if (message.matches(decay.address) && message.matchesSingle('n') && s.givenOptions.count(decay.option) == 0)
+                s.*decay.field = message.getFloat(0);
+        if (message.matches("/reverb/air/enable") && message.matchesSingle('b') && s.givenOptions.count("air") == 0)
+            s.air = message.getBool(0) ? 1 : 0;
         if (message.matches(sampleRateAddress))
         {
             const double rate = numberOf(s.presetPath, message, lowestRate, highestRate, false);
@@ -102,6 +121,9 @@ void preparePresets(RenderSettings& s)
                 s.sampleRate = static_cast<float>(rate);
         }
     }
+    if (s.impulseSource > s.numSources)
+        throw UsageError("--impulse-source " + std::to_string(s.impulseSource) + " names no source: the preset has " +
+                         std::to_string(s.numSources));
 }
 
 void loadPreset(Quor::TarvoVerb& verb, const RenderSettings& s)

@@ -10,8 +10,8 @@ class TarvoVerb;
 namespace tarvo::render
 {
 /// Reads the --preset file into `settings.presetState` and takes from it the counts, the sample
-/// rate and the block size it was saved with, wherever the command line gave none (a recording
-/// given with --in still sets the rate). Checks the extension of --export-preset, so that a
+/// rate, the block size, the decay times and the air switch it was saved with, wherever the command line gave
+/// none (a recording given with --in still sets the rate; the decay sets the automatic length). Checks the extension of --export-preset, so that a
 /// misnamed file fails before the render rather than after. Does nothing more once read.
 /// Throws `UsageError` naming the file and the library's reason. Allocates; reads the disk.
 void preparePresets(RenderSettings& settings);

@@ -152,10 +152,11 @@ TEST(RenderPreset, OptionsGivenChangeThePresetAndNothingElse)
     EXPECT_TRUE(has(saidOver, "/cluster/max 90"));
 
     // What a preset leaves out is the object's default, as with no preset at all.
-    const std::string partial = folder.write("partial.txt", "/reverb/tr0 4\n");
-    const auto fromPartial = state({"--preset", partial});
-    auto defaults = state({"--tr0", "4"});
-    EXPECT_EQ(fromPartial, defaults);
+    const std::string partial = folder.write("partial.txt", "/reverb/tr0 4\n/reverb/trl 1.5\n");
+    EXPECT_EQ(state({"--preset", partial}), state({"--tr0", "4", "--trl", "1.5"}));
+    // The automatic length follows the preset's decay, as it follows the options'.
+    RenderSettings fromPartial = parseCommandLine({"--preset", partial, "--trl", "1.25"}).settings;
+    EXPECT_EQ(prepareRender(fromPartial, notes).numFrames, static_cast<std::uint64_t>((4.0 * 1.25 + 0.5) * 44100.0 + 0.5));
 }
 
 TEST(RenderPreset, BadPresetsAreRefusedNamingTheFileAndTheReason)
