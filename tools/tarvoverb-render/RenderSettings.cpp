@@ -254,6 +254,7 @@ void readShelf(const ShelfOption& option, ArgumentReader& reader, CommandLine& r
                 const FloatOption& target = *findOption(floatOptions, entry.attribute);
                 result.settings.*target.field =
                     readFloat(target.name, words[1], target.minimum, target.maximum, result.notes);
+                result.settings.givenOptions.insert(target.name);
                 return;
             }
         throw UsageError("--" + std::string(option.name) + " does not know \"" + words[0] + "\"");
@@ -264,6 +265,7 @@ void readShelf(const ShelfOption& option, ArgumentReader& reader, CommandLine& r
     ShelfList& list = result.settings.*option.field;
     for (std::size_t i = 0; i < 6; ++i)
         list[i] = readFloat(option.name, words[i], shelfMinimum[i], shelfMaximum[i], result.notes);
+    result.settings.givenOptions.insert(option.name);
 }
 } // namespace
 
@@ -285,13 +287,17 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments)
         const std::string name = argument.substr(2);
 
         if (const IntOption* option = findOption(intOptions, name))
+        {
             settings.*option->field =
                 readInteger(name, reader.value(name), option->minimum, option->maximum, result.notes);
+            settings.givenOptions.insert(name);
+        }
         else if (const FloatOption* floatOption = findOption(floatOptions, name))
         {
             settings.*floatOption->field =
                 readFloat(name, reader.value(name), floatOption->minimum, floatOption->maximum, result.notes);
             settings.sampleRateGiven |= floatOption->field == &RenderSettings::sampleRate;
+            settings.givenOptions.insert(name);
         }
         else if (const ShelfOption* shelf = findOption(shelfOptions, name))
             readShelf(*shelf, reader, result);
@@ -315,6 +321,10 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments)
             settings.oscMessages.push_back(reader.value(name));
         else if (name == "print-state")
             settings.printState = true;
+        else if (name == "preset")
+            settings.presetPath = reader.value(name);
+        else if (name == "export-preset")
+            settings.exportPresetPath = reader.value(name);
         else
             throw UsageError("unknown option \"" + argument + "\" (see --help)");
     }
@@ -384,13 +394,20 @@ std::string helpText()
     line("--osc \"ADDRESS args\"", "an OSC message to the reverberator, e.g. \"/reverb/tr0 3.5\"; repeatable",
          "applied in order after the other options");
     line("--print-state", "prints the reverberator's state as OSC lines and exits", "");
+    line("--preset FILE", "loads a saved reverberator state first; the other options change it",
+         "the counts, rate and block size too, unless given");
+    line("--export-preset FILE", "saves the reverberator's state once every option is applied", "");
     line("--help", "this text", "");
     text << "\nPositions (--source, --speakers): a notation name, then its numbers. Azimuth 0 is the\n"
             "front and positive to the right, elevation positive up, in degrees; distances in metres.\n"
             "Azimuths wrap around the circle. The room treats a source nearer than 0.3 m as at 0.3 m\n"
             "and one farther than 100 m as at 100 m. A \"source\" starts from the source's present\n"
             "position, so a notation of fewer numbers changes only what it names; \"speakers\" start\n"
-            "from the origin. Without a name, ade applies (with a note).\n";
+            "from the origin. Without a name, ade applies (with a note).\n"
+            "\nPresets (--preset, --export-preset): the extension picks the form, in any case: .txt (one\n"
+            "OSC message a line), .osc (one binary OSC bundle), .xml, or .coll (the numbered lines of Max's\n"
+            "coll). A preset holds the reverberator's state, the object's attributes; positions are not\n"
+            "part of it, and --infinite neither.\n";
     for (const Notation& notation : notations)
         text << "  " << std::left << std::setw(15) << ondo::Coordinates::toString(notation.format).c_str()
              << std::setw(8) << notation.numbers << notation.meaning << "\n";

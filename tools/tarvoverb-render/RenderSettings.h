@@ -1,6 +1,10 @@
 #pragma once
 
+#include "osc/TarvoDspOscBundle.h"
+
 #include <array>
+#include <optional>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -67,6 +71,16 @@ struct RenderSettings
     std::vector<std::string> oscMessages;
     /// Print the reverberator's state instead of rendering.
     bool printState = false;
+
+    /// A preset (.txt, .osc, .xml or .coll) loaded into the reverberator under the options.
+    std::string presetPath;
+    /// Where the reverberator's state is saved once every option is applied; empty for nowhere.
+    std::string exportPresetPath;
+    /// The options the command line gave, by name ("tr0", "early_start", "direct"...): over a
+    /// preset, only these change the room.
+    std::set<std::string> givenOptions;
+    /// The preset's messages for the reverberator, once `readPreset` has read the file.
+    std::optional<ondo::OSCBundle> presetState;
 };
 
 /// A command line that can't be honoured, with the reason in the message.

@@ -1,7 +1,10 @@
 #include "Renderer.h"
 
+#include "ErrorStreamRedirect.h"
 #include "PositionMessages.h"
+#include "RenderPreset.h"
 #include "common/TarvoDspException.h"
+#include "files/TarvoDspFile.h"
 #include "math/TarvoDspDenormals.h"
 #include "reverb/QuorTarvoVerb.h"
 
@@ -9,6 +12,7 @@
 #include <chrono>
 #include <filesystem>
 #include <iostream>
+#include <set>
 #include <sstream>
 
 namespace tarvo::render
@@ -31,19 +35,6 @@ ondo::HLShelfParameters shelf(const ShelfList& list)
 {
     return {list[0], list[1], list[2], list[3], list[4], list[5]};
 }
-
-/// Sends `std::cerr` elsewhere while it lives.
-class ErrorStreamRedirect
-{
-public:
-    explicit ErrorStreamRedirect(std::ostream& to) : previous(std::cerr.rdbuf(to.rdbuf())) {}
-    ~ErrorStreamRedirect() { std::cerr.rdbuf(previous); }
-    ErrorStreamRedirect(const ErrorStreamRedirect&) = delete;
-    ErrorStreamRedirect& operator=(const ErrorStreamRedirect&) = delete;
-
-private:
-    std::streambuf* previous;
-};
 
 /// Runs `numFrames` frames through `verb` in blocks: the recording (or the impulse when
 /// `input` is null, or silence when `impulse` is false) in, every block out to `sink`.
@@ -76,6 +67,53 @@ void run(Quor::TarvoVerb& verb, WavReader* input, bool impulse, int impulseSourc
     }
 }
 
+/// Sets the object's attributes from `s`: all of them, or with `only` those it names.
+void setAttributes(Quor::TarvoVerb& verb, const RenderSettings& s, const std::set<std::string>* only)
+{
+    const auto given = [only](const char* option) { return only == nullptr || only->count(option) != 0; };
+    if (given("direct"))
+        verb.setDirectFilter(shelf(s.direct));
+    if (given("room"))
+        verb.setRoomFilter(shelf(s.room));
+    if (given("early"))
+        verb.setEarlyFilter(shelf(s.early));
+    if (given("cluster"))
+        verb.setClusterFilter(shelf(s.cluster));
+    // The decay travels as one record: fields not given keep what the reverberator holds.
+    const Quor::TarvoVerb::ParametersRecord& held = verb.getParameters();
+    const auto pick = [&](const char* option, float value, float current) { return given(option) ? value : current; };
+    if (given("tr0") || given("trl") || given("trm") || given("trh") || given("fl") || given("fh") || given("gain"))
+        verb.setReverbTimes({pick("tr0", s.tr0, held.tr0), pick("trl", s.trl, held.trl), pick("trm", s.trm, held.trm),
+                             pick("trh", s.trh, held.trh), pick("fl", s.fl, held.fl), pick("fh", s.fh, held.fh)},
+                            pick("gain", s.gain, held.reverbGainDb));
+    if (given("modaldensity"))
+        verb.setReverbDensity(s.modalDensity);
+    if (given("air"))
+        verb.setAirEnabled(s.air != 0);
+    if (given("airfreq"))
+        verb.setAirCutoff(s.airFreq);
+    if (given("infinite"))
+        verb.setInfinite(s.infinite != 0);
+    if (given("early_start"))
+        verb.setEarlyMin(s.earlyStart);
+    if (given("early_end"))
+        verb.setEarlyMax(s.earlyEnd);
+    if (given("early_distr"))
+        verb.setEarlyDistribution(s.earlyDistr);
+    if (given("cluster_start"))
+        verb.setClusterMin(s.clusterStart);
+    if (given("cluster_end"))
+        verb.setClusterMax(s.clusterEnd);
+    if (given("cluster_distr"))
+        verb.setClusterDistribution(s.clusterDistr);
+    if (given("reverb_start"))
+        verb.setReverbMin(s.reverbStart);
+    if (given("early_width"))
+        verb.setEarlyWidth(s.earlyWidth);
+    if (given("early_shape"))
+        verb.setEarlyShape(s.earlyShape);
+}
+
 /// Refuses, before anything is written, an output that would overwrite the input or that the
 /// disk can't hold.
 void checkOutput(const RenderJob& job, std::uint64_t rf64Above)
@@ -85,7 +123,7 @@ void checkOutput(const RenderJob& job, std::uint64_t rf64Above)
     if (!s.inputPath.empty() && std::filesystem::equivalent(s.inputPath, s.outputPath, error))
         throw UsageError("--out \"" + s.outputPath + "\" is the --in file; writing it would destroy the recording");
     const std::uint64_t bytes = WavWriter::fileSize(static_cast<std::uint32_t>(s.numSpeakers), job.numFrames, rf64Above);
-    std::filesystem::path folder = std::filesystem::absolute(s.outputPath, error).parent_path();
+    const ondo::String folder = ondo::File(s.outputPath).getParentDirectory().getFullPathName();
     const std::filesystem::space_info space = std::filesystem::space(folder, error);
     if (!error && space.available < bytes)
         throw UsageError("\"" + s.outputPath + "\" needs " + std::to_string(bytes / 1000000 + 1) + " MB and only " +
@@ -95,31 +133,21 @@ void checkOutput(const RenderJob& job, std::uint64_t rf64Above)
 
 void applySettings(Quor::TarvoVerb& verb, const RenderSettings& s, std::vector<std::string>& notes)
 {
-    verb.setDirectFilter(shelf(s.direct));
-    verb.setRoomFilter(shelf(s.room));
-    verb.setEarlyFilter(shelf(s.early));
-    verb.setClusterFilter(shelf(s.cluster));
-    verb.setReverbTimes({s.tr0, s.trl, s.trm, s.trh, s.fl, s.fh}, s.gain);
-    verb.setReverbDensity(s.modalDensity);
-    verb.setAirEnabled(s.air != 0);
-    verb.setAirCutoff(s.airFreq);
-    verb.setInfinite(s.infinite != 0);
-    verb.setEarlyMin(s.earlyStart);
-    verb.setEarlyMax(s.earlyEnd);
-    verb.setEarlyDistribution(s.earlyDistr);
-    verb.setClusterMin(s.clusterStart);
-    verb.setClusterMax(s.clusterEnd);
-    verb.setClusterDistribution(s.clusterDistr);
-    verb.setReverbMin(s.reverbStart);
-    verb.setEarlyWidth(s.earlyWidth);
-    verb.setEarlyShape(s.earlyShape);
+    if (s.presetState)
+    {
+        // The preset stands where the defaults stand: what it leaves out is the object's
+        // default, and what the command line gives is changed over it.
+        setAttributes(verb, RenderSettings{}, nullptr);
+        loadPreset(verb, s);
+        setAttributes(verb, s, &s.givenOptions);
+    }
+    else
+        setAttributes(verb, s, nullptr);
     if (!s.speakersMessage.empty())
     {
         const ondo::Point3Array layout = parseSpeakersMessage(s.speakersMessage, verb.getNumOutputs(), notes);
         try
         {
-            // The library reports an exception on the error stream as it builds it, with its
-            // source location; the user gets the reason once, below, in the tool's words.
             std::ostringstream libraryReport;
             const ErrorStreamRedirect redirect(libraryReport);
             verb.setSpeakerPositions(layout);
@@ -138,6 +166,7 @@ void applySettings(Quor::TarvoVerb& verb, const RenderSettings& s, std::vector<s
         verb.setSourcePosition(placement.index, placement.position);
     }
     applyOscMessages(verb, s.oscMessages);
+    exportPreset(verb, s);
 }
 
 void applyOscMessages(Quor::TarvoVerb& verb, const std::vector<std::string>& lines)
@@ -162,8 +191,10 @@ void applyOscMessages(Quor::TarvoVerb& verb, const std::vector<std::string>& lin
         throw UsageError(refused);
 }
 
-std::vector<std::string> reverberatorState(const RenderSettings& s, std::vector<std::string>& notes)
+std::vector<std::string> reverberatorState(const RenderSettings& requested, std::vector<std::string>& notes)
 {
+    RenderSettings s = requested;
+    preparePresets(s);
     const auto sources = static_cast<std::uint32_t>(s.numSources);
     const auto speakers = static_cast<std::uint32_t>(s.numSpeakers);
     const auto internals = static_cast<std::uint32_t>(s.numInternals);
@@ -189,6 +220,7 @@ RenderJob prepareRender(const RenderSettings& requested, std::vector<std::string
     RenderJob job;
     RenderSettings& s = job.settings;
     s = requested;
+    preparePresets(s);
     double inputSeconds = 0.0;
     if (!s.inputPath.empty())
     {
@@ -290,8 +322,7 @@ FileRendering renderToFile(const RenderSettings& settings, std::vector<std::stri
     catch (...)
     {
         writer.abandon();
-        std::error_code ignored;
-        std::filesystem::remove(s.outputPath, ignored);
+        ondo::File(s.outputPath).deleteFile();
         throw;
     }
     return result;

@@ -21,7 +21,10 @@ namespace tarvo::render
 {
 /// Sets a configured reverberator as the object does when it is created with these
 /// attributes: the four section shelves, the decay, the structure, then the speakers and
-/// the sources. Throws `UsageError` for a position message it can't read.
+/// the sources, then the --osc messages; last it saves the state to --export-preset. With a
+/// preset (read by `preparePresets`) the attributes start from it and only the options given
+/// change it. Throws `UsageError` for a position message, a preset message or an --osc
+/// message it can't apply, and for a preset it can't save.
 void applySettings(Quor::TarvoVerb& verb, const RenderSettings& settings, std::vector<std::string>& notes);
 
 /// Hands each text line to the reverberator as an OSC message, in order, as "/set" would.

@@ -1,10 +1,10 @@
 #include "WavReader.h"
 
+#include "files/TarvoDspByteOrder.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <cmath>
-#include <filesystem>
 #include <limits>
 
 namespace tarvo::render
@@ -19,33 +19,26 @@ constexpr std::uint32_t sizeInDs64 = 0xFFFFFFFFu;
 
 std::uint32_t readU32(const std::uint8_t* p)
 {
-    return p[0] | (p[1] << 8) | (p[2] << 16) | (static_cast<std::uint32_t>(p[3]) << 24);
+    return static_cast<std::uint32_t>(ondo::byteOrder::loadLittle(p, 4));
 }
 
 std::uint64_t readU64(const std::uint8_t* p)
 {
-    return readU32(p) | (static_cast<std::uint64_t>(readU32(p + 4)) << 32);
+    return ondo::byteOrder::loadLittle(p, 8);
 }
 
 std::uint16_t readU16(const std::uint8_t* p)
 {
-    return static_cast<std::uint16_t>(p[0] | (p[1] << 8));
+    return static_cast<std::uint16_t>(ondo::byteOrder::loadLittle(p, 2));
 }
 
 float decodeSample(const std::uint8_t* p, std::uint16_t format, std::uint16_t bits)
 {
     if (format == formatFloat && bits == 32)
-    {
-        float f;
-        const std::uint32_t u = readU32(p);
-        std::memcpy(&f, &u, 4);
-        return f;
-    }
+        return ondo::byteOrder::floatFromBits(readU32(p));
     if (format == formatFloat && bits == 64)
     {
-        const std::uint64_t u = readU64(p);
-        double d;
-        std::memcpy(&d, &u, 8);
+        const double d = ondo::byteOrder::doubleFromBits(readU64(p));
         // Narrowing a double beyond the float range is undefined: such samples become
         // infinities, which the reverberator then treats as unusable.
         constexpr double largest = std::numeric_limits<float>::max();
@@ -73,12 +66,16 @@ float decodeSample(const std::uint8_t* p, std::uint16_t format, std::uint16_t bi
 
 WavReader::WavReader(const std::string& filePath) : path(filePath)
 {
-    std::error_code error;
-    if (std::filesystem::is_directory(path, error))
+    const ondo::File location(path);
+    if (location.isDirectory())
         fail("is a folder, not a WAV file");
-    file.reset(std::fopen(path.c_str(), "rb"));
-    if (!file)
-        throw AudioFileError("cannot open \"" + path + "\": " + std::strerror(errno));
+    errno = 0;
+    file = std::make_unique<ondo::FileReader>(location);
+    if (!file->openedOk())
+    {
+        const int reason = !location.exists() ? ENOENT : errno != 0 ? errno : EIO;
+        throw AudioFileError("cannot open \"" + path + "\": " + std::strerror(reason));
+    }
     parseHeader();
 }
 
@@ -89,44 +86,44 @@ void WavReader::fail(const std::string& reason) const
 
 void WavReader::parseHeader()
 {
-    std::FILE* f = file.get();
-    if (std::fseek(f, 0, SEEK_END) != 0)
-        fail("can't be read: " + std::string(std::strerror(errno)));
-    const long end = std::ftell(f);
-    if (end < 0)
-        fail("can't be read: " + std::string(std::strerror(errno)));
-    const auto fileSize = static_cast<std::uint64_t>(end);
-    std::rewind(f);
+    ondo::FileReader& f = *file;
+    const auto fileSize = static_cast<std::uint64_t>(f.getTotalLength());
+    // Whole pieces of the header: a piece cut short by the end of the file counts as missing.
+    std::vector<std::uint8_t> piece;
+    const auto readPiece = [&](std::uint64_t at, std::size_t bytes) {
+        return f.setPosition(static_cast<std::int64_t>(at)) &&
+               f.readIntoMemoryBlock(piece, static_cast<std::int64_t>(bytes)) == bytes;
+    };
 
-    std::uint8_t header[12];
-    const bool riff = std::fread(header, 1, 12, f) == 12 && std::memcmp(header + 8, "WAVE", 4) == 0 &&
-                      (std::memcmp(header, "RIFF", 4) == 0 || std::memcmp(header, "RF64", 4) == 0);
+    const bool riff = readPiece(0, 12) && std::memcmp(piece.data() + 8, "WAVE", 4) == 0 &&
+                      (std::memcmp(piece.data(), "RIFF", 4) == 0 || std::memcmp(piece.data(), "RF64", 4) == 0);
     if (!riff)
         fail("is not a WAV file");
-    const bool rf64 = std::memcmp(header, "RF64", 4) == 0;
+    const bool rf64 = std::memcmp(piece.data(), "RF64", 4) == 0;
 
     std::uint64_t ds64DataSize = 0;
     bool haveFormat = false, haveData = false;
     std::uint64_t dataSize = 0;
     for (std::uint64_t pos = 12; pos + 8 <= fileSize;)
     {
-        std::uint8_t chunk[8];
-        if (std::fseek(f, static_cast<long>(pos), SEEK_SET) != 0 || std::fread(chunk, 1, 8, f) != 8)
+        if (!readPiece(pos, 8))
             break;
-        std::uint64_t size = readU32(chunk + 4);
+        char chunk[4];
+        std::memcpy(chunk, piece.data(), 4);
+        std::uint64_t size = readU32(piece.data() + 4);
         const std::uint64_t available = fileSize - pos - 8;
         if (std::memcmp(chunk, "ds64", 4) == 0)
         {
-            std::uint8_t ds64[28];
-            if (size < 28 || size > available || std::fread(ds64, 1, 28, f) != 28)
+            if (size < 28 || size > available || !readPiece(pos + 8, 28))
                 fail("has a broken ds64 chunk");
-            ds64DataSize = readU64(ds64 + 8);
+            ds64DataSize = readU64(piece.data() + 8);
         }
         else if (std::memcmp(chunk, "fmt ", 4) == 0)
         {
             std::uint8_t fmt[40] = {};
-            if (size < 16 || size > available || std::fread(fmt, 1, std::min<std::uint64_t>(size, 40), f) < 16)
+            if (size < 16 || size > available || !readPiece(pos + 8, static_cast<std::size_t>(std::min<std::uint64_t>(size, 40))))
                 fail("has a broken format chunk");
+            std::memcpy(fmt, piece.data(), piece.size());
             format = readU16(fmt);
             numChannels = readU16(fmt + 2);
             sampleRate = readU32(fmt + 4);
@@ -170,12 +167,13 @@ std::uint32_t WavReader::read(float* const* channels, std::uint32_t numDestinati
         return 0;
     const std::size_t sampleBytes = bits / 8;
     const std::size_t frameBytes = numChannels * sampleBytes;
-    raw.resize(count * frameBytes);
+    const std::size_t wanted = count * frameBytes;
     const std::uint64_t at = dataStart + framesRead * frameBytes;
-    if (std::fseek(file.get(), static_cast<long>(at), SEEK_SET) != 0 ||
-        std::fread(raw.data(), 1, raw.size(), file.get()) != raw.size())
+    errno = 0;
+    if (!file->setPosition(static_cast<std::int64_t>(at)) ||
+        file->readIntoMemoryBlock(raw, static_cast<std::int64_t>(wanted)) != wanted)
         fail("can't be read past frame " + std::to_string(framesRead) + ": " +
-             (std::ferror(file.get()) != 0 ? std::strerror(errno) : "the file ended"));
+             (errno != 0 ? std::strerror(errno) : "the file ended"));
     const std::uint32_t used = std::min(numDestinations, numChannels);
     for (std::uint32_t c = 0; c < used; ++c)
         for (std::uint32_t i = 0; i < count; ++i)

@@ -2,8 +2,9 @@
 
 #include "WavFile.h"
 
+#include "files/TarvoDspFileReader.h"
+
 #include <cstdint>
-#include <cstdio>
 #include <memory>
 #include <string>
 #include <vector>
@@ -30,15 +31,11 @@ public:
     std::uint32_t read(float* const* channels, std::uint32_t numDestinations, std::uint32_t n);
 
 private:
-    struct Closer
-    {
-        void operator()(std::FILE* f) const { std::fclose(f); }
-    };
     [[noreturn]] void fail(const std::string& reason) const;
     void parseHeader();
 
     std::string path;
-    std::unique_ptr<std::FILE, Closer> file;
+    std::unique_ptr<ondo::FileReader> file;
     double sampleRate = 0.0;
     std::uint32_t numChannels = 0;
     std::uint16_t format = 0;

@@ -1,8 +1,10 @@
 #include "WavWriter.h"
 
+#include "files/TarvoDspByteOrder.h"
+#include "files/TarvoDspMemoryOutputStream.h"
+
 #include <cerrno>
 #include <cstring>
-#include <filesystem>
 
 namespace tarvo::render
 {
@@ -16,29 +18,6 @@ constexpr std::uint64_t plainHeaderBytes = 12 + (8 + fmtSize) + (8 + 4) + 8;
 constexpr std::uint32_t ds64Size = 28;
 constexpr std::uint64_t rf64HeaderBytes = plainHeaderBytes + 8 + ds64Size;
 constexpr std::uint32_t sizeInDs64 = 0xFFFFFFFFu;
-
-void putU64(std::vector<std::uint8_t>& out, std::uint64_t v)
-{
-    for (int i = 0; i < 8; ++i)
-        out.push_back(static_cast<std::uint8_t>(v >> (8 * i)));
-}
-
-void putU32(std::vector<std::uint8_t>& out, std::uint32_t v)
-{
-    for (int i = 0; i < 4; ++i)
-        out.push_back(static_cast<std::uint8_t>(v >> (8 * i)));
-}
-
-void putU16(std::vector<std::uint8_t>& out, std::uint16_t v)
-{
-    out.push_back(static_cast<std::uint8_t>(v));
-    out.push_back(static_cast<std::uint8_t>(v >> 8));
-}
-
-void putTag(std::vector<std::uint8_t>& out, const char* tag)
-{
-    out.insert(out.end(), tag, tag + 4);
-}
 
 std::uint32_t narrowOr(std::uint64_t v, std::uint32_t replacement)
 {
@@ -59,50 +38,55 @@ WavWriter::WavWriter(const std::string& filePath, std::uint32_t channels, double
 {
     if (path.empty())
         throw AudioFileError("the output file has no name");
-    std::error_code error;
-    if (std::filesystem::is_directory(path, error))
+    const ondo::File location(path);
+    if (location.isDirectory())
         throw AudioFileError("cannot write \"" + path + "\": it is a folder");
     if (channels == 0 || channels > 0xFFFF / 4)
         throw AudioFileError("cannot write \"" + path + "\": " + std::to_string(channels) + " channels");
-    file.reset(std::fopen(path.c_str(), "wb"));
-    if (!file)
-        throw AudioFileError("cannot write \"" + path + "\": " + std::strerror(errno));
+    errno = 0;
+    file = std::make_unique<ondo::FileWriter>(location);
+    if (!file->openedOk())
+        throw AudioFileError("cannot write \"" + path + "\": " + std::strerror(errno != 0 ? errno : EIO));
 
     const std::uint64_t dataBytes = frames * channels * 4;
     const std::uint64_t riffSize = fileSize(channels, frames, rf64Above) - 8;
     rf64 = fileSize(channels, frames, rf64Above) > plainHeaderBytes + dataBytes;
     const auto rate = static_cast<std::uint32_t>(sampleRate);
     const auto blockAlign = static_cast<std::uint16_t>(channels * 4);
+    // Little-endian fields; the casts only reinterpret the unsigned values' bits.
+    const auto u32 = [](std::uint32_t v) { return static_cast<std::int32_t>(v); };
+    const auto u16 = [](std::uint16_t v) { return static_cast<std::int16_t>(v); };
 
-    std::vector<std::uint8_t> header;
-    putTag(header, rf64 ? "RF64" : "RIFF");
-    putU32(header, rf64 ? sizeInDs64 : static_cast<std::uint32_t>(riffSize));
-    putTag(header, "WAVE");
+    ondo::MemoryOutputStream header(static_cast<std::size_t>(rf64HeaderBytes));
+    header.writeText(rf64 ? "RF64" : "RIFF");
+    header.writeInt(u32(rf64 ? sizeInDs64 : static_cast<std::uint32_t>(riffSize)));
+    header.writeText("WAVE");
     if (rf64)
     {
-        putTag(header, "ds64");
-        putU32(header, ds64Size);
-        putU64(header, riffSize);
-        putU64(header, dataBytes);
-        putU64(header, frames);
-        putU32(header, 0); // no table of further chunk sizes
+        header.writeText("ds64");
+        header.writeInt(u32(ds64Size));
+        header.writeInt64(static_cast<std::int64_t>(riffSize));
+        header.writeInt64(static_cast<std::int64_t>(dataBytes));
+        header.writeInt64(static_cast<std::int64_t>(frames));
+        header.writeInt(0); // no table of further chunk sizes
     }
-    putTag(header, "fmt ");
-    putU32(header, fmtSize);
-    putU16(header, formatFloat);
-    putU16(header, static_cast<std::uint16_t>(channels));
-    putU32(header, rate);
-    putU32(header, rate * blockAlign);
-    putU16(header, blockAlign);
-    putU16(header, 32);
-    putU16(header, 0); // no extension
-    putTag(header, "fact");
-    putU32(header, 4);
-    putU32(header, narrowOr(frames, sizeInDs64));
-    putTag(header, "data");
-    putU32(header, rf64 ? sizeInDs64 : static_cast<std::uint32_t>(dataBytes));
-    if (std::fwrite(header.data(), 1, header.size(), file.get()) != header.size())
-        fail(std::strerror(errno));
+    header.writeText("fmt ");
+    header.writeInt(u32(fmtSize));
+    header.writeShort(u16(formatFloat));
+    header.writeShort(u16(static_cast<std::uint16_t>(channels)));
+    header.writeInt(u32(rate));
+    header.writeInt(u32(rate * blockAlign));
+    header.writeShort(u16(blockAlign));
+    header.writeShort(32);
+    header.writeShort(0); // no extension
+    header.writeText("fact");
+    header.writeInt(4);
+    header.writeInt(u32(narrowOr(frames, sizeInDs64)));
+    header.writeText("data");
+    header.writeInt(u32(rf64 ? sizeInDs64 : static_cast<std::uint32_t>(dataBytes)));
+    errno = 0;
+    if (!file->write(header.getData(), header.getDataSize()))
+        fail(std::strerror(errno != 0 ? errno : EIO));
 }
 
 WavWriter::~WavWriter() = default;
@@ -122,15 +106,11 @@ void WavWriter::write(const float* const* channels, std::uint32_t n)
     bytes.resize(std::size_t(n) * numChannels * 4);
     std::uint8_t* out = bytes.data();
     for (std::uint32_t f = 0; f < n; ++f)
-        for (std::uint32_t c = 0; c < numChannels; ++c)
-        {
-            std::uint32_t u;
-            std::memcpy(&u, channels[c] + f, 4);
-            for (int i = 0; i < 4; ++i)
-                *out++ = static_cast<std::uint8_t>(u >> (8 * i));
-        }
-    if (std::fwrite(bytes.data(), 1, bytes.size(), file.get()) != bytes.size())
-        fail(std::strerror(errno));
+        for (std::uint32_t c = 0; c < numChannels; ++c, out += 4)
+            ondo::byteOrder::storeLittle(out, ondo::byteOrder::bitsOf(channels[c][f]), 4);
+    errno = 0;
+    if (!file->write(bytes.data(), bytes.size()))
+        fail(std::strerror(errno != 0 ? errno : EIO));
     framesWritten += n;
 }
 
@@ -140,9 +120,12 @@ void WavWriter::close()
         return;
     if (framesWritten != numFrames)
         fail(std::to_string(framesWritten) + " frames of " + std::to_string(numFrames) + " came");
-    if (std::fflush(file.get()) != 0)
-        fail(std::strerror(errno));
-    if (std::fclose(file.release()) != 0)
-        throw AudioFileError("error while writing \"" + path + "\": " + std::strerror(errno));
+    errno = 0;
+    if (!file->flush())
+        fail(std::strerror(errno != 0 ? errno : EIO));
+    const bool closed = file->close();
+    file.reset();
+    if (!closed)
+        throw AudioFileError("error while writing \"" + path + "\": " + std::strerror(errno != 0 ? errno : EIO));
 }
 } // namespace tarvo::render

@@ -2,8 +2,9 @@
 
 #include "WavFile.h"
 
+#include "files/TarvoDspFileWriter.h"
+
 #include <cstdint>
-#include <cstdio>
 #include <memory>
 #include <string>
 #include <vector>
@@ -41,14 +42,10 @@ public:
     bool isRf64() const { return rf64; }
 
 private:
-    struct Closer
-    {
-        void operator()(std::FILE* f) const { std::fclose(f); }
-    };
     [[noreturn]] void fail(const std::string& reason);
 
     std::string path;
-    std::unique_ptr<std::FILE, Closer> file;
+    std::unique_ptr<ondo::FileWriter> file;
     std::uint32_t numChannels;
     std::uint64_t numFrames;
     std::uint64_t framesWritten = 0;

@@ -1,6 +1,7 @@
 // tarvoverb-render: the room reverberator offline. With no arguments it renders the impulse
 // response of the object's default room to tarvoverb-ir.wav and prints what it measured.
 
+#include "RenderPreset.h"
 #include "RenderSettings.h"
 #include "Renderer.h"
 #include "ResponseSummary.h"
@@ -48,6 +49,16 @@ int main(int argc, char** argv)
         return 0;
     }
     printNotes(line.notes);
+    try
+    {
+        // Before anything is said about the room: the preset may set its counts and decay.
+        preparePresets(line.settings);
+    }
+    catch (const UsageError& error)
+    {
+        std::fprintf(stderr, "tarvoverb-render: %s\n", error.what());
+        return 2;
+    }
     const RenderSettings& settings = line.settings;
 
     std::vector<std::string> notes;

@@ -72,6 +72,9 @@ public:
     std::vector<std::string> problems;
 };
 
+// The real processors round-trip their states in every form (libquor's processor tests); this
+// one keeps the texts only a made-up state has (quotes, markup characters) and upper-case
+// extensions, which choose the form as well.
 TEST(OscPreset, EveryFormRestoresTheState)
 {
     testing_files::TemporaryFolder folder;
@@ -80,7 +83,7 @@ TEST(OscPreset, EveryFormRestoresTheState)
     room.name = "Hall \"A\" & <B>";
     room.mute = true;
     room.sources = {{1, 0.25f}, {3, 1.5f}, {12, -3.0f}};
-    for (const std::string name : {"p.txt", "p.osc", "p.xml", "p.coll", "P.TXT", "P.Xml"})
+    for (const std::string name : {"P.TXT", "P.OSC", "P.Xml", "P.Coll"})
     {
         const std::string path = folder / name;
         ASSERT_TRUE(room.send("/preset/export '" + path + "'")) << name;

@@ -124,7 +124,7 @@ TEST(RenderSettings, HelpListsEveryOptionWithItsDefault)
     for (const char* name : {"--numsources", "--tr0", "--trl", "--trm", "--trh", "--fl", "--fh", "--air", "--airfreq",
                              "--infinite", "--gain", "--modaldensity", "--direct", "--room", "--early", "--cluster",
                              "--early_start", "--reverb_start", "--source", "--speakers", "--samplerate", "--blocksize",
-                             "--duration", "--out", "--in"})
+                             "--duration", "--out", "--in", "--preset", "--export-preset"})
         EXPECT_NE(help.find(name), std::string::npos) << name;
     EXPECT_NE(help.find("default 1.995, 0.1..100"), std::string::npos) << "tr0's default and range";
     EXPECT_NE(help.find("default 0 0 0 0 177 5657"), std::string::npos);
