@@ -33,8 +33,11 @@ void NFCHOAHighPass::design(bool immediate)
 {
     if (order == 0)
         return;
-    filter = ondo::DigitalFilterDesigner::design(static_cast<int>(order), cutoffFrequency(dimension, order, distance),
-                                                 0.0, 0.0, 10.0, cascade.getSampleRate(),
+    // High orders of a close source at a low rate would ask for a cut-off beyond Nyquist,
+    // which has no digital design: the edge then stays just below it.
+    const double rate = cascade.getSampleRate();
+    const double cutoff = std::min(cutoffFrequency(dimension, order, distance), 0.49 * rate);
+    filter = ondo::DigitalFilterDesigner::design(static_cast<int>(order), cutoff, 0.0, 0.0, 10.0, rate,
                                                  ondo::DigitalFilterDesigner::highpass,
                                                  ondo::DigitalFilterDesigner::butterworth);
     // A Butterworth of order l always pairs into ceil(l / 2) sections, the cascade's size.
