@@ -21,8 +21,8 @@ std::unique_ptr<HOAPanning> makeEncoder(std::uint32_t dimension, std::uint32_t n
 NFCHOAPanningOneSource::NFCHOAPanningOneSource(std::uint32_t dim, std::uint32_t numChannels)
     : AudioProcessorWithOscInAudioInterrupt(1, numChannels), dimension(dim), encoder(makeEncoder(dim, numChannels)),
       order(encoder->getOrder()), mono(1, maximumChunk), filterBank(order), highPassBank(dim, order),
-      gainsMatrix(order + 1, numChannels),
-      encoded(numChannels), row(numChannels), filtered(order + 1, maximumChunk), outputChunk(numChannels)
+      gainsMatrix(order + 1, numChannels), encoded(numChannels), row(numChannels), filtered(order + 1, maximumChunk),
+      outputChunk(numChannels)
 {
 }
 
