@@ -12,6 +12,8 @@
 #include "pan/QuorHoaDiffusePanning2D.h"
 #include "pan/QuorHoaDiffusePanning3D.h"
 #include "pan/QuorKnnPanning.h"
+#include "pan/QuorNFCHOAPanning2D.h"
+#include "pan/QuorNFCHOAPanning3D.h"
 #include "pan/QuorNullPanning.h"
 #include "pan/QuorRecursivePanning.h"
 #include "pan/QuorSPCAmplitudePanning.h"
@@ -210,8 +212,8 @@ std::unique_ptr<Pan> build(std::uint32_t ns, std::uint32_t nk, Pan::Type type, P
         case Pan::Hoa2D: return make<HOA2DPanning>(isOddForm(nk), ns, nk);
         case Pan::Hoa3D: return make<HOA3DPanning>(isSquareForm(nk), ns, nk);
         case Pan::VDbap: return make<VDbapPanning>(nk >= 3, ns, nk);
-        case Pan::NfcHoa2D: return make<NullPanning /* NFCHOAPanning2D */>(isOddForm(nk), ns, nk);
-        case Pan::NfcHoa3D: return make<NullPanning /* NFCHOAPanning3D */>(isSquareForm(nk), ns, nk);
+        case Pan::NfcHoa2D: return make<NFCHOAPanning2D>(isOddForm(nk), ns, nk);
+        case Pan::NfcHoa3D: return make<NFCHOAPanning3D>(isSquareForm(nk), ns, nk);
         case Pan::Spcap: return make<SPCAmplitudePanning>(ns != 0, ns, nk);
         case Pan::Knn: return make<KnnPanning>(nk != 0, ns, nk);
         case Pan::Subwoofers: return make<SubwoofersPanning>(nk != 0, ns, nk);
@@ -312,7 +314,8 @@ Pan::SubType Pan::stringToSubType(const String& name)
 void Pan::setSourceMute(std::uint32_t source, bool muted)
 {
     if (source < sourcesMute.size())
-        sourcesMute[source] = muted ? 1 : 0;
+        // The audio thread of a per-voice panner reads it while it changes.
+        std::atomic_ref<std::int16_t>(sourcesMute[source]).store(muted ? 1 : 0, std::memory_order_relaxed);
 }
 
 String Pan::itdTypeToString(ItdType itdType)

@@ -10,6 +10,7 @@
 #include "pan/QuorHoaEncodingVector.h"
 #include "text/TarvoDspString.h"
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -191,6 +192,12 @@ protected:
     /// Runs `setSourcePosition` for every source at its stored position, in order: the
     /// one routine for changes that touch every source.
     void recomputeAllSources();
+    /// The mute flag of `source` as last set by the control thread. Any thread.
+    bool isSourceMuted(std::uint32_t source) const
+    {
+        return std::atomic_ref<std::int16_t>(const_cast<std::int16_t&>(sourcesMute[source]))
+                   .load(std::memory_order_relaxed) != 0;
+    }
 
     ondo::Point3Array sourcesPosition;
     ondo::Point3Array speakersPosition;

@@ -91,7 +91,7 @@ void StereoABPanning::processAdd(float** outputs, float** inputs, std::uint32_t 
     const std::uint32_t sides = std::min<std::uint32_t>(numOutputs, 2);
     for (std::uint32_t s = 0; s < numInputs; ++s)
     {
-        if (!isInletActive(s) || sourcesMute[s] != 0)
+        if (!isInletActive(s) || isSourceMuted(s))
             continue;
         for (std::uint32_t done = 0; done < numSamples; done += scratchSize)
         {

@@ -22,13 +22,14 @@ public:
     /// without `immediately`; real-time safe.
     void setCoefficients(const CascadeCoefficients& sections, bool immediately)
     {
-        const int n = getNumSections();
-        if (n == 0)
-            return;
-        for (int i = 0; i < n; ++i)
-            (i < static_cast<int>(sections.size()) ? sections[i] : BiquadCoefficients{}).toFloats(requested.data() + 6 * i);
-        setPending([&](float* slot) { std::copy(requested.begin(), requested.end(), slot); }, immediately);
+        if (request(sections, immediately) && immediately)
+            updateState();
     }
+
+    /// As `setCoefficients`, but a request to skip the fade is left to the audio thread,
+    /// which installs the sections at its next block: so it may come while audio runs. Any
+    /// thread; real-time safe.
+    void requestCoefficients(const CascadeCoefficients& sections, bool skipFade) { request(sections, skipFade); }
 
     /// "/cascades" with five numbers a section, any valid count: the section count follows
     /// (which allocates) and the new coefficients fade in; an invalid count is dropped
@@ -88,6 +89,19 @@ public:
     int getNumSections() const { return filterA.getNumSections(); }
 
 private:
+    /// Publishes the sections; false when the cascade has none.
+    bool request(const CascadeCoefficients& sections, bool immediately)
+    {
+        const int n = getNumSections();
+        if (n == 0)
+            return false;
+        for (int i = 0; i < n; ++i)
+            (i < static_cast<int>(sections.size()) ? sections[i] : BiquadCoefficients{}).toFloats(requested.data() + 6 * i);
+        pendingCoefficients.writeWith([&](float* slot) { std::copy(requested.begin(), requested.end(), slot); },
+                                      immediately);
+        return true;
+    }
+
     /// The sections last asked for, six values each: what the state reports.
     Vector<float> requested;
 };

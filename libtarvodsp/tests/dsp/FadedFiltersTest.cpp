@@ -323,6 +323,26 @@ TEST(FadedCascade, WithoutSectionsIgnoresCoefficientsAndPassesTheSignal)
     EXPECT_EQ(out, (std::vector<float>{0.5f, 1.0f}));
 }
 
+// The request made while audio runs leaves the stage to the audio thread: nothing moves on
+// the caller's side, and the next block plays the new sections whole, with no fade.
+TEST(FadedCascade, AFadeSkippingRequestWaitsForTheNextBlock)
+{
+    ondo::FadedCascade f(1);
+    ondo::CascadeCoefficients c(1);
+    c.setSection(0, gain(0.25));
+    f.requestCoefficients(c, true);
+    EXPECT_TRUE(f.isChangePending());
+    EXPECT_EQ(f.getFadeStage(), State::playingA);
+    std::vector<float> in(4, 1.0f), out(4);
+    f.filterBlock(out.data(), in.data(), 4);
+    EXPECT_EQ(out, std::vector<float>(4, 0.25f));
+    EXPECT_FALSE(f.isChangePending());
+    c.setSection(0, gain(0.5));
+    f.requestCoefficients(c, false);
+    f.filterBlock(out.data(), in.data(), 4);
+    EXPECT_EQ(f.getFadeStage(), State::warmingA) << "without the request a change warms up first";
+}
+
 TEST(FadedFirFilter, TheIncomingInstanceTakesTheHistory)
 {
     ondo::FadedFirFilter f(2);
