@@ -265,7 +265,8 @@ void tarvoverb_dsp64(TarvoverbTilda* x, t_object* dsp64, short* count, double sa
     Quor::TarvoVerb* engine = x->state.processor;
     if (engine == nullptr)
         return;
-    engine->setup(static_cast<float>(samplerate), static_cast<std::uint32_t>(maxvectorsize), true);
+    // The core readies the engine as if it had been built at this rate and vector size.
+    Core(x).core.prepare(static_cast<float>(samplerate), static_cast<std::uint32_t>(maxvectorsize));
     engine->setConnections(count);
     callMethod(dsp64, "dsp_add64", x, reinterpret_cast<void*>(&tarvoverb_perform64), nullptr, nullptr);
 }

@@ -50,8 +50,10 @@ TEST_F(TarvoverbTildaTest, PerformRoutineMatchesTheEngineDrivenDirectly)
     box.dsp(rate, block);
     ASSERT_TRUE(box.hasPerformRoutine());
 
+    // The object was built at 44.1 kHz and started at 48 kHz: it must sound as an engine built
+    // at 48 kHz, every filter and delay derived at that rate.
     Quor::TarvoVerb engine(internals);
-    engine.configure(44100.0f, 64, sources, speakers);
+    engine.configure(float(rate), block, sources, speakers);
     const ondo::HLShelfParameters flat{0.0f, 0.0f, 0.0f, 0.0f, 177.0f, 5657.0f};
     engine.setDirectFilter({-3.0f, 1.0f, 0.0f, -2.0f, 300.0f, 5000.0f});
     engine.setRoomFilter(flat);
@@ -80,7 +82,6 @@ TEST_F(TarvoverbTildaTest, PerformRoutineMatchesTheEngineDrivenDirectly)
     const ondo::Point3Array start = engine.getSourcePositions();
     for (long i = 0; i < sources; ++i)
         engine.setSourcePosition(std::uint32_t(i), i == 1 ? ondo::Point3(1.0f, 2.0f, 0.5f) : start[std::size_t(i)]);
-    engine.setup(float(rate), block, true);
     const std::int16_t connected[sources + speakers] = {1, 1, 1, 1, 1, 1, 1};
     engine.setConnections(connected);
 
