@@ -85,7 +85,7 @@ TarvoVerb::TarvoVerb(std::uint32_t numInternals)
     early.setDelays(ondo::Vector<float>(numInternals, earlyHighest), true);
     early.setDelays(initialDelays, true);
     reverb.setAirEnabled(true);
-    earlyFoldTerms.reserve(numInternals / 2);
+    earlyFoldTerms.reserve((numInternals + 1) / 2);
 }
 
 Pan::Type TarvoVerb::panningTypeFor(std::uint32_t numSpeakers)
@@ -255,15 +255,20 @@ void TarvoVerb::renderBlock(std::uint32_t n)
     const float gR = reverbGain.getValue(0);
     reverbGain.advance(n);
 
-    // Sources through their shelves, then into the mono room bus at their distance gains.
-    directFilter.process(direct, in, n);
-    vectorZero32(room[0], count);
+    // Sources through their shelves, then into the mono room bus at their distance gains. A
+    // flat shelf leaves the sources as they are: both paths then read the inputs themselves.
+    const bool directFlat = directFilter.beginBlock();
+    if (directFlat)
+        directFilter.passBlock();
+    else
+        directFilter.process(direct, in, n);
+    float** sources = directFlat ? in : direct;
     for (std::uint32_t i = 0; i < S; ++i)
     {
         roomSendGains[i] = sourceRoomGain[i].getValue(0);
         sourceRoomGain[i].advance(n);
     }
-    vectorAddProductsConstant32(direct, roomSendGains.data(), static_cast<int>(S), room[0], count);
+    vectorProductsConstant32(sources, roomSendGains.data(), static_cast<int>(S), room[0], count);
     roomFilter.process(room, room, n);
 
     // The room chain, in series: each stage feeds the next.
@@ -279,7 +284,7 @@ void TarvoVerb::renderBlock(std::uint32_t n)
     {
         const float g = sourceDirectGain[i].getValue(0);
         sourceDirectGain[i].advance(n);
-        vectorMultiplyConstant32InPlace(g * gD * r * s, direct[i], count);
+        vectorMultiplyConstant32(sources[i], g * gD * r * s, direct[i], count);
     }
     panDirect->processAdd(out, direct, n);
 
@@ -288,22 +293,35 @@ void TarvoVerb::renderBlock(std::uint32_t n)
     const float earlyFold = gE * s;
     for (std::uint32_t side = 0; side < 2; ++side)
     {
-        vectorMultiplyConstant32(earlyChannels[side], earlyGains[side] * earlyFold, pair[side], count);
-        for (std::uint32_t i = side + 2; i < N; i += 2)
+        for (std::uint32_t i = side; i < N; i += 2)
             earlyFoldTerms.add(earlyChannels[i], earlyGains[i] * earlyFold);
-        earlyFoldTerms.addInto(pair[side], n);
+        earlyFoldTerms.writeInto(pair[side], n);
     }
     earlyFilter.process(pair, pair, n);
     panEarly->processAdd(out, pair, n);
 
-    // Cluster through its shelf; the late reverberation joins after it, unfiltered.
+    // Cluster through its shelf; the late reverberation joins after it, unfiltered. Past a
+    // flat shelf both join in one pass, with the same sums.
     const float clusterFactor = gC * s;
-    for (std::uint32_t c = 0; c < N; ++c)
-        vectorMultiplyConstant32(clusterChannels[c], clusterFactor, late[c], count);
-    clusterFilter.process(late, late, n);
     const float reverbFactor = gR * s;
-    for (std::uint32_t c = 0; c < N; ++c)
-        vectorAddProductConstant32(reverbChannels[c], reverbFactor, late[c], count);
+    if (clusterFilter.beginBlock())
+    {
+        clusterFilter.passBlock();
+        for (std::uint32_t c = 0; c < N; ++c)
+        {
+            const float* terms[2] = {clusterChannels[c], reverbChannels[c]};
+            const float factors[2] = {clusterFactor, reverbFactor};
+            vectorProductsConstant32(terms, factors, 2, late[c], count);
+        }
+    }
+    else
+    {
+        for (std::uint32_t c = 0; c < N; ++c)
+            vectorMultiplyConstant32(clusterChannels[c], clusterFactor, late[c], count);
+        clusterFilter.process(late, late, n);
+        for (std::uint32_t c = 0; c < N; ++c)
+            vectorAddProductConstant32(reverbChannels[c], reverbFactor, late[c], count);
+    }
     panLate->processAdd(out, late, n);
 }
 

@@ -120,7 +120,8 @@ Status dot(const T* a, const T* b, int n, T* result)
 }
 /// The sums of `vectorAddProductsConstant32` over whole runs of four vectors, which stay in
 /// registers while every source adds into them; returns where the runs end.
-template <typename V>
+/// With `fromZero` the sums start at 0 instead of at `dst`, which is then only written.
+template <typename V, bool fromZero = false>
 ONDO_KERNEL_INLINE int addProductsInRuns(const float* const* srcs, const float* values, int count, float* dst, int n)
 {
     constexpr int width = static_cast<int>(sizeof(V) / sizeof(float));
@@ -128,11 +129,14 @@ ONDO_KERNEL_INLINE int addProductsInRuns(const float* const* srcs, const float* 
     int i = 0;
     for (; i + run <= n; i += run)
     {
-        V s0, s1, s2, s3;
-        simd::load(s0, dst + i);
-        simd::load(s1, dst + i + width);
-        simd::load(s2, dst + i + 2 * width);
-        simd::load(s3, dst + i + 3 * width);
+        V s0{}, s1{}, s2{}, s3{};
+        if constexpr (!fromZero)
+        {
+            simd::load(s0, dst + i);
+            simd::load(s1, dst + i + width);
+            simd::load(s2, dst + i + 2 * width);
+            simd::load(s3, dst + i + 3 * width);
+        }
         for (int k = 0; k < count; ++k)
         {
             const float* src = srcs[k] + i;
@@ -160,6 +164,12 @@ ONDO_WIDE_VECTORS_TARGET int addProductsInRunsWide(const float* const* srcs, con
                                                    float* dst, int n)
 {
     return addProductsInRuns<simd::Floats8>(srcs, values, count, dst, n);
+}
+
+ONDO_WIDE_VECTORS_TARGET int productsInRunsWide(const float* const* srcs, const float* values, int count, float* dst,
+                                                int n)
+{
+    return addProductsInRuns<simd::Floats8, true>(srcs, values, count, dst, n);
 }
 #endif
 } // namespace
@@ -233,6 +243,27 @@ Status vectorAddProductsConstant32(const float* const* srcs, const float* values
     for (; i < n; ++i)
     {
         float sum = dst[i];
+        for (int k = 0; k < count; ++k)
+            sum += srcs[k][i] * values[k];
+        dst[i] = sum;
+    }
+    return done;
+}
+
+Status vectorProductsConstant32(const float* const* srcs, const float* values, int count, float* dst, int n)
+{
+    if (const Status s = check(n, srcs, values, dst); s != done)
+        return s;
+    int i = 0;
+#if ONDO_WIDE_VECTORS
+    if (simd::useWideVectors())
+        i = productsInRunsWide(srcs, values, count, dst, n);
+    else
+#endif
+        i = addProductsInRuns<simd::Floats4, true>(srcs, values, count, dst, n);
+    for (; i < n; ++i)
+    {
+        float sum = 0.0f;
         for (int k = 0; k < count; ++k)
             sum += srcs[k][i] * values[k];
         dst[i] = sum;
