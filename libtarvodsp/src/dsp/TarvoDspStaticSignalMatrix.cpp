@@ -39,24 +39,43 @@ void StaticSignalMatrix::process(float** outputs, float** inputs, std::uint32_t 
 
 void StaticSignalMatrix::processAdd(float** outputs, float** inputs, std::uint32_t numSamples)
 {
-    std::uint32_t numActive = 0;
-    for (std::uint32_t i = 0; i < numInputs; ++i)
-        if (isInletActive(i))
-            activeInputs[numActive++] = i;
     // Output by output, the inputs in order: each output gets the same sums as input by input.
+    const std::uint32_t numActive = gatherActiveInputs();
     for (std::uint32_t o = 0; o < numOutputs; ++o)
     {
         if (!isOutletConnected(o))
             continue;
-        for (std::uint32_t a = 0; a < numActive; ++a)
-        {
-            const std::uint32_t i = activeInputs[a];
-            const float g = getGain(i, o);
-            // Silent pairs cost nothing.
-            if (std::fabs(g) > 0.0001f)
-                terms.add(inputs[i], g);
-        }
+        gatherOutputTerms(terms, o, numActive, inputs);
         terms.addInto(outputs[o], numSamples);
+    }
+}
+
+void StaticSignalMatrix::gatherTerms(MixTerms* perOutput, float** inputs)
+{
+    const std::uint32_t numActive = gatherActiveInputs();
+    for (std::uint32_t o = 0; o < numOutputs; ++o)
+        if (isOutletConnected(o))
+            gatherOutputTerms(perOutput[o], o, numActive, inputs);
+}
+
+std::uint32_t StaticSignalMatrix::gatherActiveInputs()
+{
+    std::uint32_t numActive = 0;
+    for (std::uint32_t i = 0; i < numInputs; ++i)
+        if (isInletActive(i))
+            activeInputs[numActive++] = i;
+    return numActive;
+}
+
+void StaticSignalMatrix::gatherOutputTerms(MixTerms& into, std::uint32_t o, std::uint32_t numActive, float** inputs)
+{
+    for (std::uint32_t a = 0; a < numActive; ++a)
+    {
+        const std::uint32_t i = activeInputs[a];
+        const float g = getGain(i, o);
+        // Silent pairs cost nothing.
+        if (std::fabs(g) > 0.0001f)
+            into.add(inputs[i], g);
     }
 }
 } // namespace ondo

@@ -21,6 +21,9 @@ public:
     /// Adds the mix into the outputs as they stand; no output may be an input. Audio thread;
     /// real-time safe.
     void processAdd(float** outputs, float** inputs, std::uint32_t numSamples);
+    /// Appends to `perOutput[o]` the terms that `processAdd` would add into output `o`, in its
+    /// order, for an owner that adds them itself. Audio thread; real-time safe.
+    void gatherTerms(MixTerms* perOutput, float** inputs);
 
     /// Any thread; real-time safe. Heard from the next block on.
     void setGain(std::uint32_t input, std::uint32_t output, float value);
@@ -32,6 +35,9 @@ public:
     }
 
 private:
+    std::uint32_t gatherActiveInputs();
+    void gatherOutputTerms(MixTerms& into, std::uint32_t output, std::uint32_t numActive, float** inputs);
+
     Vector<float> gains;
     Vector<std::uint32_t> activeInputs;
     MixTerms terms;
