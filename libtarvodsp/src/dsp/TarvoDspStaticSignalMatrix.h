@@ -35,11 +35,20 @@ public:
     }
 
 private:
-    std::uint32_t gatherActiveInputs();
-    void gatherOutputTerms(MixTerms& into, std::uint32_t output, std::uint32_t numActive, float** inputs);
+    /// Rebuilds the audible pairs when a gain changed since they were last listed.
+    void refreshAudiblePairs();
+    void gatherOutputTerms(MixTerms& into, std::uint32_t output, float** inputs);
 
     Vector<float> gains;
-    Vector<std::uint32_t> activeInputs;
     MixTerms terms;
+    /// Moves on after every gain written, so that the audio thread lists the audible pairs
+    /// again instead of looking at every pair in every block.
+    std::atomic<std::uint32_t> gainsVersion = 0;
+    // The audio thread's list: for each output, from `audibleStart[o]`, the inputs whose gain
+    // is heard there and those gains, listed at `listedVersion`.
+    std::uint32_t listedVersion = ~0u;
+    Vector<std::uint32_t> audibleInputs;
+    Vector<float> audibleGains;
+    Vector<std::uint32_t> audibleStart;
 };
 } // namespace ondo
