@@ -62,6 +62,8 @@ void BM_TarvoVerb(benchmark::State& state)
 BENCHMARK(BM_TarvoVerb)
     ->ArgNames({"sources", "speakers", "internals", "room"})
     ->Args({6, 6, 8, 0})
+    ->Args({7, 6, 8, 0}) // one more source: its shelf, room send, direct gain and two panner terms
+    ->Args({6, 7, 8, 0}) // one more speaker: the terms of three panners into one more output
     ->Args({16, 16, 16, 0})
     ->Args({64, 64, 16, 0})
     ->Args({6, 6, 8, 1})

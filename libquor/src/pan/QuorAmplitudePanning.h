@@ -19,6 +19,10 @@ public:
     /// Audio thread; real-time safe.
     void process(float** outputs, float** inputs, std::uint32_t numSamples) override;
     void processAdd(float** outputs, float** inputs, std::uint32_t numSamples) override;
+    bool gatherTerms(ondo::MixTerms* perOutput, float** inputs, std::uint32_t numSamples) override
+    {
+        return matrix.gatherSteadyTerms(perOutput, inputs, numSamples);
+    }
     void clear() override { matrix.clear(); }
     void setSampleRate(float rate) override { matrix.changeSampleRate(rate); }
     void setBufferSize(std::uint32_t size) override { matrix.changeBufferSize(size); }

@@ -16,6 +16,11 @@ public:
     /// Audio thread; real-time safe.
     void process(float** outputs, float** inputs, std::uint32_t numSamples) override;
     void processAdd(float** outputs, float** inputs, std::uint32_t numSamples) override;
+    bool gatherTerms(ondo::MixTerms* perOutput, float** inputs, std::uint32_t) override
+    {
+        matrix.gatherTerms(perOutput, inputs);
+        return true;
+    }
     /// Positions don't matter to a diffuse field: stored only.
     void setSourcePosition(std::uint32_t source, const ondo::Point3& position, bool immediate) override;
 

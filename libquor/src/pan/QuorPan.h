@@ -1,6 +1,7 @@
 #pragma once
 
 #include "containers/TarvoDspVector.h"
+#include "dsp/TarvoDspMixTerms.h"
 #include "dsp/TarvoDspAudioProcessorWithOscInAudioInterrupt.h"
 #include "pan/QuorPanOSCReceiver.h"
 #include "hrtf/QuorHrtfData.h"
@@ -131,6 +132,15 @@ public:
 
     /// Adds the panned sources into `outputs`. Audio thread; real-time safe.
     virtual void processAdd(float** outputs, float** inputs, std::uint32_t numSamples) = 0;
+    /// For an owner that mixes several panners into the same outputs in one pass: a panner
+    /// that is a plain gain matrix standing still through the block appends to `perOutput[o]`
+    /// the terms `processAdd` would add into output `o`, in its order, takes the block as
+    /// `processAdd` would, and returns true. Otherwise false, and `processAdd` must run.
+    /// Audio thread; real-time safe.
+    virtual bool gatherTerms(ondo::MixTerms* /*perOutput*/, float** /*inputs*/, std::uint32_t /*numSamples*/)
+    {
+        return false;
+    }
     virtual void setInterpolationTime(float /*ms*/) {}
     virtual float getInterpolationTime() const { return 0.0f; }
     virtual void setInterpolationMode(InterpolationMode /*mode*/) {}

@@ -14,7 +14,7 @@ constexpr float delaySpanMs = 60.0f;
 Cluster::Cluster(std::uint32_t numChannels)
     : AudioProcessorWithOscInAudioInterrupt(numChannels, numChannels),
       delays(std::make_unique<ondo::MultiDelayEconomy>(numChannels, maximumDelayMs)), shuffle(numChannels),
-      buffer(numChannels, defaultBufferSize), writeRuns(numChannels)
+      buffer(numChannels, defaultBufferSize), writeRuns(numChannels), readRuns(numChannels)
 {
     setup(sampleRate, bufferSize, true);
     delays->setInterpolationMode(ondo::Delay::nearest);
@@ -39,6 +39,19 @@ void Cluster::process(float** outputs, float** inputs, std::uint32_t numSamples)
     }
     shuffle.process(buffer.getChannels(), inputs, numSamples);
     delays->process(outputs, buffer.getChannels(), numSamples);
+}
+
+float* const* Cluster::processInPlace(float** scratch, float** inputs, std::uint32_t numSamples)
+{
+    if (!findWriteRuns(numSamples))
+    {
+        process(scratch, inputs, numSamples);
+        return scratch;
+    }
+    shuffle.process(writeRuns.data(), inputs, numSamples);
+    for (std::uint32_t c = 0; c < numInputs; ++c)
+        readRuns[c] = delays->getChannel(c).processWrittenInPlace(scratch[c], numSamples);
+    return readRuns.data();
 }
 
 bool Cluster::findWriteRuns(std::uint32_t n)

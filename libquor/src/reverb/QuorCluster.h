@@ -26,6 +26,10 @@ public:
 
     /// Audio thread; real-time safe once `buffer` has reached the block size.
     void process(float** outputs, float** inputs, std::uint32_t numSamples) override;
+    /// `process` that leaves each line's block where it lies there whole: returns one
+    /// pointer a channel, to the line (to be read only, until the next block) or to
+    /// `scratch`'s channel. Audio thread; real-time safe as `process`.
+    float* const* processInPlace(float** scratch, float** inputs, std::uint32_t numSamples);
     void setSampleRate(float rate) override;
     void setBufferSize(std::uint32_t size) override;
     void clear() override;
@@ -55,5 +59,6 @@ private:
     Shuffle shuffle;
     ondo::AudioBuffer<float> buffer;
     ondo::Vector<float*> writeRuns;
+    ondo::Vector<float*> readRuns;
 };
 } // namespace Quor

@@ -54,6 +54,14 @@ Early::Early(std::uint32_t numOutputs, std::uint32_t numInputs)
             taps->setEconomy(false);
 }
 
+float* const* Early::processInPlace(float** scratch, float** inputs, std::uint32_t numSamples)
+{
+    if (numInputs == 1)
+        return tapsFirst->processInPlace(scratch, inputs, numSamples);
+    process(scratch, inputs, numSamples);
+    return scratch;
+}
+
 void Early::process(float** outputs, float** inputs, std::uint32_t numSamples)
 {
     if (numInputs == 1)

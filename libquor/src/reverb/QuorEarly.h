@@ -27,6 +27,10 @@ public:
 
     /// Audio thread; real-time safe.
     void process(float** outputs, float** inputs, std::uint32_t numSamples) override;
+    /// `process` that leaves the reflections of a mono stage in its line where they lie
+    /// there whole: returns one pointer an output, to the line (to be read only, until the
+    /// next block) or to `scratch`'s channel. Audio thread; real-time safe.
+    float* const* processInPlace(float** scratch, float** inputs, std::uint32_t numSamples);
     std::string getInletName(std::int32_t index) const override;
     std::string getOutletName(std::int32_t index) const override;
     /// Control thread, between blocks; allocates.

@@ -85,7 +85,7 @@ TarvoVerb::TarvoVerb(std::uint32_t numInternals)
     early.setDelays(ondo::Vector<float>(numInternals, earlyHighest), true);
     early.setDelays(initialDelays, true);
     reverb.setAirEnabled(true);
-    earlyFoldTerms.reserve(numInternals / 2);
+    earlyFoldTerms.reserve((numInternals + 1) / 2);
 }
 
 Pan::Type TarvoVerb::panningTypeFor(std::uint32_t numSpeakers)
@@ -116,6 +116,10 @@ void TarvoVerb::configure(float rate, std::uint32_t size, std::uint32_t numSourc
     sourceRoomGain.assign(numSources, ondo::Ramp());
     earlyGains = std::vector<ondo::RelaxedAtomic<float>>(numInternals, 1.0f);
     roomSendGains.resize(numSources);
+    // Room for every term the three panners can bring to one speaker.
+    outputTerms.assign(numSpeakers, ondo::MixTerms());
+    for (ondo::MixTerms& terms : outputTerms)
+        terms.reserve(numSources + 2 + numInternals);
 
     const Pan::Type type = panningTypeFor(numSpeakers);
     panDirect = Pan::create(numSources, numSpeakers, type, Pan::Direct);
@@ -231,16 +235,12 @@ void TarvoVerb::renderBlock(std::uint32_t n)
 {
     const int count = static_cast<int>(n);
     const std::uint32_t S = numInputs;
-    const std::uint32_t K = numOutputs;
     const std::uint32_t N = numInternals;
     const float s = std::sqrt(1.0f / static_cast<float>(N));
     const float r = std::sqrt(static_cast<float>(S));
     float** in = inputsReference.getChannels();
-    float** out = outputsReference.getChannels();
     float** direct = directBuffer.getChannels();
     float** room = roomBuffer.getChannels();
-    float** earlyChannels = earlyBuffer.getChannels();
-    float** clusterChannels = clusterBuffer.getChannels();
     float** reverbChannels = reverbBuffer.getChannels();
     float** pair = earlyPairBuffer.getChannels();
     float** late = lateBuffer.getChannels();
@@ -255,56 +255,101 @@ void TarvoVerb::renderBlock(std::uint32_t n)
     const float gR = reverbGain.getValue(0);
     reverbGain.advance(n);
 
-    // Sources through their shelves, then into the mono room bus at their distance gains.
-    directFilter.process(direct, in, n);
-    vectorZero32(room[0], count);
+    // Sources through their shelves, then into the mono room bus at their distance gains. A
+    // flat shelf leaves the sources as they are: both paths then read the inputs themselves.
+    const bool directFlat = directFilter.beginBlock();
+    if (directFlat)
+        directFilter.passBlock();
+    else
+        directFilter.process(direct, in, n);
+    float** sources = directFlat ? in : direct;
     for (std::uint32_t i = 0; i < S; ++i)
     {
         roomSendGains[i] = sourceRoomGain[i].getValue(0);
         sourceRoomGain[i].advance(n);
     }
-    vectorAddProductsConstant32(direct, roomSendGains.data(), static_cast<int>(S), room[0], count);
+    vectorProductsConstant32(sources, roomSendGains.data(), static_cast<int>(S), room[0], count);
     roomFilter.process(room, room, n);
-
-    // The room chain, in series: each stage feeds the next.
-    early.process(earlyChannels, room, n);
-    cluster.process(clusterChannels, earlyChannels, n);
-    reverb.process(reverbChannels, clusterChannels, n);
-
-    for (std::uint32_t k = 0; k < K; ++k)
-        vectorZero32(out[k], count);
-
-    // Direct sound.
+    // The direct sound at its gains, while the inputs are sure to be intact: a host may hand
+    // the same buffers as inputs and outputs.
     for (std::uint32_t i = 0; i < S; ++i)
     {
         const float g = sourceDirectGain[i].getValue(0);
         sourceDirectGain[i].advance(n);
-        vectorMultiplyConstant32InPlace(g * gD * r * s, direct[i], count);
+        vectorMultiplyConstant32(sources[i], g * gD * r * s, direct[i], count);
     }
-    panDirect->processAdd(out, direct, n);
+
+    // The room chain, in series: each stage feeds the next. The early and cluster stages
+    // leave their output in their own lines where they can, and the rest reads it there.
+    float* const* earlyChannels = early.processInPlace(earlyBuffer.getChannels(), room, n);
+    float* const* clusterChannels =
+        cluster.processInPlace(clusterBuffer.getChannels(), const_cast<float**>(earlyChannels), n);
+    reverb.process(reverbChannels, const_cast<float**>(clusterChannels), n);
+
+    // The three panners add into the outputs in turn. Those whose gains stand still hand
+    // over their terms instead, and each output is then written in one pass with the same
+    // sums: see mixIntoOutputs.
+    outputsWritten = false;
+    mixIntoOutputs(*panDirect, direct, n);
 
     // Early reflections: gained after the chain has taken them, folded to a pair. Each
     // line's gain and the fold's factor make one product, so the pair is built in one pass.
     const float earlyFold = gE * s;
     for (std::uint32_t side = 0; side < 2; ++side)
     {
-        vectorMultiplyConstant32(earlyChannels[side], earlyGains[side] * earlyFold, pair[side], count);
-        for (std::uint32_t i = side + 2; i < N; i += 2)
+        for (std::uint32_t i = side; i < N; i += 2)
             earlyFoldTerms.add(earlyChannels[i], earlyGains[i] * earlyFold);
-        earlyFoldTerms.addInto(pair[side], n);
+        earlyFoldTerms.writeInto(pair[side], n);
     }
     earlyFilter.process(pair, pair, n);
-    panEarly->processAdd(out, pair, n);
+    mixIntoOutputs(*panEarly, pair, n);
 
-    // Cluster through its shelf; the late reverberation joins after it, unfiltered.
+    // Cluster through its shelf; the late reverberation joins after it, unfiltered. Past a
+    // flat shelf both join in one pass, with the same sums.
     const float clusterFactor = gC * s;
-    for (std::uint32_t c = 0; c < N; ++c)
-        vectorMultiplyConstant32(clusterChannels[c], clusterFactor, late[c], count);
-    clusterFilter.process(late, late, n);
     const float reverbFactor = gR * s;
-    for (std::uint32_t c = 0; c < N; ++c)
-        vectorAddProductConstant32(reverbChannels[c], reverbFactor, late[c], count);
-    panLate->processAdd(out, late, n);
+    if (clusterFilter.beginBlock())
+    {
+        clusterFilter.passBlock();
+        for (std::uint32_t c = 0; c < N; ++c)
+        {
+            const float* terms[2] = {clusterChannels[c], reverbChannels[c]};
+            const float factors[2] = {clusterFactor, reverbFactor};
+            vectorProductsConstant32(terms, factors, 2, late[c], count);
+        }
+    }
+    else
+    {
+        for (std::uint32_t c = 0; c < N; ++c)
+            vectorMultiplyConstant32(clusterChannels[c], clusterFactor, late[c], count);
+        clusterFilter.process(late, late, n);
+        for (std::uint32_t c = 0; c < N; ++c)
+            vectorAddProductConstant32(reverbChannels[c], reverbFactor, late[c], count);
+    }
+    mixIntoOutputs(*panLate, late, n);
+    flushOutputTerms(n);
+}
+
+void TarvoVerb::mixIntoOutputs(Pan& pan, float** panned, std::uint32_t n)
+{
+    if (pan.gatherTerms(outputTerms.data(), panned, n))
+        return;
+    flushOutputTerms(n);
+    pan.processAdd(outputsReference.getChannels(), panned, n);
+}
+
+void TarvoVerb::flushOutputTerms(std::uint32_t n)
+{
+    // The first flush writes the outputs, as if they had been zeroed and then added to.
+    float** out = outputsReference.getChannels();
+    for (std::uint32_t k = 0; k < numOutputs; ++k)
+    {
+        if (outputsWritten)
+            outputTerms[k].addInto(out[k], n);
+        else
+            outputTerms[k].writeInto(out[k], n);
+    }
+    outputsWritten = true;
 }
 
 void TarvoVerb::setSourcePosition(std::uint32_t index, const ondo::Point3& asked)

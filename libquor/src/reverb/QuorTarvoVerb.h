@@ -159,6 +159,11 @@ private:
     void updateLateDelays();
     void computeEarlyGainsNow();
     void renderBlock(std::uint32_t n);
+    /// The panner's share of the outputs: its terms, gathered for one pass, or its own
+    /// `processAdd` after the terms so far are added. Audio thread.
+    void mixIntoOutputs(Pan& pan, float** panned, std::uint32_t n);
+    /// Adds the gathered terms into the outputs; the first time in a block it writes them.
+    void flushOutputTerms(std::uint32_t n);
     /// The panning type for a speaker count.
     static Pan::Type panningTypeFor(std::uint32_t numSpeakers);
 
@@ -199,6 +204,9 @@ private:
     ondo::Vector<float> roomSendGains;
     /// The early channels that fold onto one side of the pair.
     ondo::MixTerms earlyFoldTerms;
+    /// One list a speaker: what the three panners add there in a block.
+    std::vector<ondo::MixTerms> outputTerms;
+    bool outputsWritten = false;
     ondo::AudioBufferReference<float> inputsReference;
     ondo::AudioBufferReference<float> outputsReference;
     /// Written by the audio thread alone, read by any.

@@ -223,6 +223,35 @@ TEST(TarvoVerb, DirectSoundArrivesAtOnceWithItsDistanceGain)
         EXPECT_NEAR(out.data[0][k], 0.0f, 1e-6f) << k;
 }
 
+TEST(TarvoVerb, OutputsMayBeTheInputBuffers)
+{
+    // A host may hand the same buffers in and out: the result must be what separate buffers
+    // give, flat shelves (which read the inputs directly) and shaped ones alike.
+    ondo::primitives::setDenormalsAreZero(true);
+    for (const float band : {0.0f, 6.0f})
+    {
+        auto apart = configured(3, 3, 8), shared = configured(3, 3, 8);
+        for (TarvoVerb* verb : {apart.get(), shared.get()})
+        {
+            applyObjectDefaults(*verb);
+            verb->setDirectFilter({0.0f, band, 0.0f, 0.0f, 177.0f, 5657.0f});
+        }
+        tarvo::testing::ChannelBlock in(3, 64), out(3, 64), both(3, 64);
+        for (int b = 0; b < 40; ++b)
+        {
+            for (std::uint32_t c = 0; c < 3; ++c)
+                for (int k = 0; k < 64; ++k)
+                    in.data[c][k] = both.data[c][k] = std::sin(0.01f * float((b * 64 + k) * (c + 1)));
+            apart->process(out.pointers.data(), in.pointers.data(), 64);
+            shared->process(both.pointers.data(), both.pointers.data(), 64);
+            for (std::uint32_t c = 0; c < 3; ++c)
+                for (int k = 0; k < 64; ++k)
+                    ASSERT_EQ(both.data[c][k], out.data[c][k]) << "band " << band << ", block " << b << ", channel " << c;
+        }
+    }
+    ondo::primitives::setDenormalsAreZero(false);
+}
+
 TEST(TarvoVerb, ProcessAllocatesNothingForAnyBlockSize)
 {
     ondo::primitives::setDenormalsAreZero(true);

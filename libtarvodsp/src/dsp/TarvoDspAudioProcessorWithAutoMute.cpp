@@ -12,16 +12,6 @@ bool AudioProcessorWithAutoMute::isChannelConnected(std::uint32_t i) const
     return analyzer.inletsConnected[i] == 1 && analyzer.outletsConnected[i] == 1;
 }
 
-bool AudioProcessorWithAutoMute::isOutletConnected(std::uint32_t i) const
-{
-    return analyzer.outletsConnected[i] == 1;
-}
-
-bool AudioProcessorWithAutoMute::isInletActive(std::uint32_t i) const
-{
-    return analyzer.inletsActive[i] == 1;
-}
-
 bool AudioProcessorWithAutoMute::isAnyOutletConnected() const
 {
     for (const std::int16_t connected : analyzer.outletsConnected)

@@ -13,8 +13,9 @@ public:
     AudioProcessorWithAutoMute(std::uint32_t numInputs, std::uint32_t numOutputs);
 
     bool isChannelConnected(std::uint32_t i) const override;
-    bool isOutletConnected(std::uint32_t i) const override;
-    bool isInletActive(std::uint32_t i) const override;
+    // Final and inline: the stages ask them for each channel of each block.
+    bool isOutletConnected(std::uint32_t i) const final { return analyzer.outletsConnected[i] == 1; }
+    bool isInletActive(std::uint32_t i) const final { return analyzer.inletsActive[i] == 1; }
     bool isAnyOutletConnected() const override;
     /// Resizes the connection table and the analysis; every inlet counts as connected.
     void numberOfInletsChanged(std::uint32_t n) override;

@@ -15,9 +15,7 @@ void BiquadIPP::filter(float* out, const float* in, int numSamples)
     {
         primitives::vectorMultiplyConstant32(in, taps[0], out, numSamples);
         // A later section starts from silence, not from the memory of an earlier one.
-        if (!memoryIsSilent)
-            state->setDelayLine(nullptr);
-        memoryIsSilent = true;
+        passBlock();
         return;
     }
     state->process(in, out, numSamples);

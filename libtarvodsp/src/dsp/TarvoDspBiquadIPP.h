@@ -32,6 +32,17 @@ public:
 
     const BiquadCoefficients& getCoefficients() const { return coefficients; }
     bool isGainOnlySection() const { return isGainOnly; }
+    /// A gain of exactly 1 and no memory: a block leaves every sample as it is.
+    bool isTransparent() const { return isGainOnly && taps[0] == 1.0f; }
+    /// The block of a transparent section whose output is its input: the samples stay where
+    /// they are, and the section's memory follows the rule of `filter`. Audio thread;
+    /// real-time safe.
+    void passBlock()
+    {
+        if (!memoryIsSilent)
+            state->setDelayLine(nullptr);
+        memoryIsSilent = true;
+    }
     /// The taps in force, six floats (a0 = 1) and the delay line: for the side-by-side
     /// kernel of several channels.
     const float* getTaps() const { return taps.data(); }

@@ -62,6 +62,10 @@ public:
     /// put in the line (through `findWriteRun`): reads it back at the delay and advances.
     /// Audio thread; real-time safe.
     void processWritten(float* output, std::uint32_t n);
+    /// `processWritten` that leaves the block where it lies when the line holds it as `read`
+    /// would give it in one run: returns the line's own samples (to be read only, until the
+    /// line is next written), or `scratch` holding them. Audio thread; real-time safe.
+    float* processWrittenInPlace(float* scratch, std::uint32_t n);
     /// Keeps the delay in samples; empties the line. Control thread, between blocks; allocates.
     void setSampleRate(float rate) override;
     /// Resizes the ramp scratch and empties the line. Control thread, between blocks; allocates.

@@ -23,6 +23,8 @@ public:
     float* findWriteRun(std::uint32_t n) { return delay.findWriteRun(n); }
     /// `process` for a block already in the line. Audio thread; real-time safe.
     void processWritten(float* output, std::uint32_t numSamples);
+    /// The same, leaving the block in the line where it can (`Delay::processWrittenInPlace`).
+    float* processWrittenInPlace(float* scratch, std::uint32_t numSamples);
     /// Control thread, between blocks; allocates.
     void setSampleRate(float rate) override { delay.changeSampleRate(rate); }
     void setBufferSize(std::uint32_t size) override { delay.changeBufferSize(size); }

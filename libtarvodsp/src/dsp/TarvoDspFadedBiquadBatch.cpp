@@ -47,7 +47,12 @@ void FadedBiquadBatch::reserve(std::uint32_t numChannels)
 
 void FadedBiquadBatch::add(FadedBiquad& filter, float* out, const float* in, std::uint32_t numSamples)
 {
-    BiquadIPP* alone = filter.beginBlock();
+    addBegun(filter, filter.beginBlock(), out, in, numSamples);
+}
+
+void FadedBiquadBatch::addBegun(FadedBiquad& filter, BiquadIPP* alone, float* out, const float* in,
+                                std::uint32_t numSamples)
+{
     if (alone == nullptr)
         filter.runBlock(out, in, numSamples);
     else if (alone->isGainOnlySection())

@@ -22,6 +22,8 @@ public:
     /// Takes one channel into the block: `out` may be `in`, not another channel's buffer.
     /// At most as many channels as reserved. Audio thread; real-time safe.
     void add(FadedBiquad& filter, float* out, const float* in, std::uint32_t numSamples);
+    /// The same for a filter whose `beginBlock` already ran for this block and gave `alone`.
+    void addBegun(FadedBiquad& filter, BiquadIPP* alone, float* out, const float* in, std::uint32_t numSamples);
     /// A channel through `first`, then `second`.
     void add(FadedBiquad& first, FadedBiquad& second, float* out, const float* in, std::uint32_t numSamples);
     /// Runs the steady channels taken since the last `run`, side by side. Audio thread;

@@ -17,4 +17,10 @@ void MixTerms::addInto(float* out, std::uint32_t n)
         primitives::vectorAddProductsConstant32(inputs.data(), gains.data(), count, out, static_cast<int>(n));
     count = 0;
 }
+
+void MixTerms::writeInto(float* out, std::uint32_t n)
+{
+    primitives::vectorProductsConstant32(inputs.data(), gains.data(), count, out, static_cast<int>(n));
+    count = 0;
+}
 } // namespace ondo

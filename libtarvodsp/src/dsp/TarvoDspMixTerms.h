@@ -25,6 +25,8 @@ public:
     /// Adds the gathered terms into `out` (none of their inputs) and forgets them. Audio
     /// thread; real-time safe.
     void addInto(float* out, std::uint32_t n);
+    /// The same sums into `out` as if it were zeroed first, without reading it.
+    void writeInto(float* out, std::uint32_t n);
 
 private:
     Vector<const float*> inputs;

@@ -19,16 +19,47 @@ void MultiFadedHLShelf::setNumChannels(std::uint32_t n)
 {
     MultichannelProcessor<FadedHLShelf>::setNumChannels(n);
     batch.reserve(n);
+    begun.resize(n);
+}
+
+bool MultiFadedHLShelf::beginBlock()
+{
+    bool transparent = true;
+    for (std::uint32_t c = 0; c < channels.size(); ++c)
+    {
+        // A silent channel's stage waits, as its own block would leave it.
+        const bool live = isInletActive(c) && isOutletConnected(c);
+        begun[c] = live ? channels[c]->beginBlock() : nullptr;
+        transparent = transparent && begun[c] != nullptr && begun[c]->isTransparent();
+    }
+    blockBegun = true;
+    return transparent;
+}
+
+void MultiFadedHLShelf::passBlock()
+{
+    for (std::uint32_t c = 0; c < channels.size(); ++c)
+        begun[c]->passBlock();
+    blockBegun = false;
 }
 
 void MultiFadedHLShelf::process(float** outputs, float** inputs, std::uint32_t numSamples)
 {
+    if (!blockBegun)
+        beginBlock();
+    blockBegun = false;
     for (std::uint32_t c = 0; c < channels.size(); ++c)
     {
         if (!isInletActive(c) || !isOutletConnected(c))
+        {
             std::memset(outputs[c], 0, numSamples * sizeof(float));
+            continue;
+        }
+        BiquadIPP* alone = begun[c];
+        if (alone != nullptr && alone->isTransparent() && outputs[c] == inputs[c])
+            alone->passBlock();
         else
-            batch.add(*channels[c], outputs[c], inputs[c], numSamples);
+            batch.addBegun(*channels[c], alone, outputs[c], inputs[c], numSamples);
     }
     batch.run(numSamples);
 }

@@ -20,6 +20,14 @@ public:
     /// A channel's output may be its own input, but not another channel's. Audio thread;
     /// real-time safe.
     void process(float** outputs, float** inputs, std::uint32_t numSamples) override;
+    /// Runs every channel's stage update for the coming block ahead of `process`, and tells
+    /// whether the block would leave every sample as it is: each channel plays a gain of 1
+    /// alone and carries signal. Then `process` must follow, or after true `passBlock`, which
+    /// lets an owner skip a pass over samples that would not change. Audio thread; real-time
+    /// safe.
+    bool beginBlock();
+    /// The block of a shelf that `beginBlock` found transparent, samples untouched.
+    void passBlock();
 
     /// To each channel. Any thread without `immediately`; real-time safe.
     void setParameters(const HLShelfParameters& parameters, bool immediately);
@@ -43,5 +51,8 @@ protected:
 
 private:
     FadedBiquadBatch batch;
+    /// What each channel's stage update gave for the block, once `beginBlock` ran.
+    Vector<BiquadIPP*> begun;
+    bool blockBegun = false;
 };
 } // namespace ondo

@@ -52,12 +52,28 @@ std::string MultiTapOutEconomy::getOutletName(std::int32_t index) const
     return "tap out #" + std::to_string(index + 1);
 }
 
+float* const* MultiTapOutEconomy::processInPlace(float** scratch, float** inputs, std::uint32_t numSamples)
+{
+    if (numSamples > Delay::maximumBlockSize)
+    {
+        process(scratch, inputs, numSamples);
+        return scratch;
+    }
+    delay.write(inputs[0], numSamples);
+    for (std::uint32_t t = 0; t < taps.size(); ++t)
+        reads[t] = isOutletConnected(t) ? const_cast<float*>(taps[t]->processInPlace(scratch[t], numSamples))
+                                        : scratch[t];
+    delay.advance(numSamples);
+    return reads.data();
+}
+
 void MultiTapOutEconomy::setNumTaps(std::uint32_t n)
 {
     const auto old = static_cast<std::uint32_t>(taps.size());
     if (n < old)
         taps.deletePointees(n);
     taps.resize(n);
+    reads.resize(n);
     // New taps read like tap 0; the first tap of all reads like the line.
     const Delay::InterpolationMode mode = old > 0 ? taps[0]->getActiveMode() : delay.getInterpolationMode();
     const float glideMs = old > 0 ? taps[0]->getInterpolationTime() : delay.getInterpolationTime();

@@ -23,6 +23,11 @@ public:
     /// Writes the input once, then each connected tap reads its output; a tap whose outlet
     /// isn't connected is skipped and its glide doesn't advance. Audio thread; real-time safe.
     void process(float** outputs, float** inputs, std::uint32_t numSamples) override;
+    /// `process` that leaves each tap's block in the line where it lies there whole: returns
+    /// one pointer a tap, to the line's own samples (to be read only, until the next block)
+    /// or to `scratch[t]` holding what `process` would have put there. Audio thread;
+    /// real-time safe.
+    float* const* processInPlace(float** scratch, float** inputs, std::uint32_t numSamples);
     /// The line keeps its delay in samples, the taps theirs in milliseconds. Control
     /// thread, between blocks; allocates.
     void setSampleRate(float rate) override;
@@ -57,5 +62,6 @@ public:
 private:
     Delay delay;
     Vector<TapOutEconomy*> taps;
+    Vector<float*> reads;
 };
 } // namespace ondo

@@ -249,6 +249,40 @@ void SignalMatrix::addSteady(float** outputs, float** inputs, std::uint32_t offs
     }
 }
 
+bool SignalMatrix::gatherSteadyTerms(MixTerms* perOutput, float** inputs, std::uint32_t numSamples)
+{
+    const std::int32_t length = rampLength;
+    if (length <= 0)
+        return false;
+    // The head of the block as processAdd would begin it.
+    if (rampPosition >= length)
+    {
+        advanceGrid();
+        rampPosition = 0;
+    }
+    const std::int32_t position = rampPosition;
+    if (static_cast<std::int64_t>(numSamples) > length - position || !steady ||
+        writeSequence.load(std::memory_order_acquire) != steadySequence)
+        return false;
+    for (std::uint32_t i = 0; i < numInputs; ++i)
+        inputActive[i] = isInletActive(i) ? 1 : 0;
+    for (std::uint32_t o = 0; o < numOutputs; ++o)
+    {
+        if (!isOutletConnected(o))
+            continue;
+        for (std::uint32_t t = steadyStart[o]; t < steadyStart[o + 1]; ++t)
+            if (inputActive[steadyInputs[t]] != 0)
+                perOutput[o].add(inputs[steadyInputs[t]], steadyGains[t]);
+    }
+    rampPosition = position + static_cast<std::int32_t>(numSamples);
+    if (rampPosition >= length)
+    {
+        advanceGrid();
+        rampPosition = 0;
+    }
+    return true;
+}
+
 void SignalMatrix::process(float** outputs, float** inputs, std::uint32_t numSamples)
 {
     for (std::uint32_t o = 0; o < numOutputs; ++o)

@@ -30,6 +30,13 @@ public:
     /// Adds the mix into the outputs as they stand; no output may be an input. Audio thread;
     /// real-time safe.
     void processAdd(float** outputs, float** inputs, std::uint32_t numSamples);
+    /// For an owner that mixes several matrices into the same outputs in one pass: when the
+    /// gains stand still through the whole block, appends to `perOutput[o]` the terms that
+    /// `processAdd` would add into output `o`, in its order, moves the ramps on as
+    /// `processAdd` would, and returns true. Otherwise returns false, having changed nothing
+    /// that `processAdd` wouldn't, which must then run. The inputs must stay as they are
+    /// until the terms are added. Audio thread; real-time safe.
+    bool gatherSteadyTerms(MixTerms* perOutput, float** inputs, std::uint32_t numSamples);
 
     /// Control thread; real-time safe. With `immediately`, or with no ramp, the gain jumps.
     void setGain(std::uint32_t input, std::uint32_t output, float value, bool immediately);

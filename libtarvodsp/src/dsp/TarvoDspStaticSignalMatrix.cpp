@@ -10,7 +10,8 @@ namespace ondo
 {
 StaticSignalMatrix::StaticSignalMatrix(std::uint32_t inputs, std::uint32_t outputs)
     : AudioProcessorWithOscInAudioInterrupt(inputs, outputs), gains(std::size_t(inputs) * outputs),
-      activeInputs(inputs)
+      audibleInputs(std::size_t(inputs) * outputs), audibleGains(std::size_t(inputs) * outputs),
+      audibleStart(std::size_t(outputs) + 1)
 {
     terms.reserve(inputs);
 }
@@ -18,7 +19,10 @@ StaticSignalMatrix::StaticSignalMatrix(std::uint32_t inputs, std::uint32_t outpu
 void StaticSignalMatrix::setGain(std::uint32_t input, std::uint32_t output, float value)
 {
     if (input < numInputs && output < numOutputs)
+    {
         std::atomic_ref<float>(gains[std::size_t(input) * numOutputs + output]).store(value, std::memory_order_relaxed);
+        gainsVersion.fetch_add(1, std::memory_order_release);
+    }
 }
 
 void StaticSignalMatrix::setGainsForInput(std::uint32_t input, const float* values)
@@ -39,24 +43,55 @@ void StaticSignalMatrix::process(float** outputs, float** inputs, std::uint32_t 
 
 void StaticSignalMatrix::processAdd(float** outputs, float** inputs, std::uint32_t numSamples)
 {
-    std::uint32_t numActive = 0;
-    for (std::uint32_t i = 0; i < numInputs; ++i)
-        if (isInletActive(i))
-            activeInputs[numActive++] = i;
     // Output by output, the inputs in order: each output gets the same sums as input by input.
+    refreshAudiblePairs();
     for (std::uint32_t o = 0; o < numOutputs; ++o)
     {
         if (!isOutletConnected(o))
             continue;
-        for (std::uint32_t a = 0; a < numActive; ++a)
+        gatherOutputTerms(terms, o, inputs);
+        terms.addInto(outputs[o], numSamples);
+    }
+}
+
+void StaticSignalMatrix::gatherTerms(MixTerms* perOutput, float** inputs)
+{
+    refreshAudiblePairs();
+    for (std::uint32_t o = 0; o < numOutputs; ++o)
+        if (isOutletConnected(o))
+            gatherOutputTerms(perOutput[o], o, inputs);
+}
+
+void StaticSignalMatrix::refreshAudiblePairs()
+{
+    // A gain written after this look moves the version on again, and is listed next block.
+    const std::uint32_t version = gainsVersion.load(std::memory_order_acquire);
+    if (version == listedVersion)
+        return;
+    std::uint32_t count = 0;
+    for (std::uint32_t o = 0; o < numOutputs; ++o)
+    {
+        audibleStart[o] = count;
+        for (std::uint32_t i = 0; i < numInputs; ++i)
         {
-            const std::uint32_t i = activeInputs[a];
             const float g = getGain(i, o);
             // Silent pairs cost nothing.
             if (std::fabs(g) > 0.0001f)
-                terms.add(inputs[i], g);
+            {
+                audibleInputs[count] = i;
+                audibleGains[count] = g;
+                ++count;
+            }
         }
-        terms.addInto(outputs[o], numSamples);
     }
+    audibleStart[numOutputs] = count;
+    listedVersion = version;
+}
+
+void StaticSignalMatrix::gatherOutputTerms(MixTerms& into, std::uint32_t o, float** inputs)
+{
+    for (std::uint32_t t = audibleStart[o]; t < audibleStart[o + 1]; ++t)
+        if (isInletActive(audibleInputs[t]))
+            into.add(inputs[audibleInputs[t]], audibleGains[t]);
 }
 } // namespace ondo

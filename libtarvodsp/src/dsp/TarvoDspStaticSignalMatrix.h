@@ -21,6 +21,9 @@ public:
     /// Adds the mix into the outputs as they stand; no output may be an input. Audio thread;
     /// real-time safe.
     void processAdd(float** outputs, float** inputs, std::uint32_t numSamples);
+    /// Appends to `perOutput[o]` the terms that `processAdd` would add into output `o`, in its
+    /// order, for an owner that adds them itself. Audio thread; real-time safe.
+    void gatherTerms(MixTerms* perOutput, float** inputs);
 
     /// Any thread; real-time safe. Heard from the next block on.
     void setGain(std::uint32_t input, std::uint32_t output, float value);
@@ -32,8 +35,20 @@ public:
     }
 
 private:
+    /// Rebuilds the audible pairs when a gain changed since they were last listed.
+    void refreshAudiblePairs();
+    void gatherOutputTerms(MixTerms& into, std::uint32_t output, float** inputs);
+
     Vector<float> gains;
-    Vector<std::uint32_t> activeInputs;
     MixTerms terms;
+    /// Moves on after every gain written, so that the audio thread lists the audible pairs
+    /// again instead of looking at every pair in every block.
+    std::atomic<std::uint32_t> gainsVersion = 0;
+    // The audio thread's list: for each output, from `audibleStart[o]`, the inputs whose gain
+    // is heard there and those gains, listed at `listedVersion`.
+    std::uint32_t listedVersion = ~0u;
+    Vector<std::uint32_t> audibleInputs;
+    Vector<float> audibleGains;
+    Vector<std::uint32_t> audibleStart;
 };
 } // namespace ondo

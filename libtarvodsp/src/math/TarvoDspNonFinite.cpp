@@ -1,5 +1,7 @@
 #include "math/TarvoDspNonFinite.h"
 
+#include "math/TarvoDspWideVectors.h"
+
 #include <algorithm>
 #include <bit>
 #include <cmath>
@@ -20,13 +22,32 @@ inline std::uint32_t isNonFinite(float v)
 {
     return (std::bit_cast<std::uint32_t>(v) & magnitudeBits) >= unusableFrom ? 1u : 0u;
 }
-} // namespace
 
-std::uint32_t NonFinite::zeroSamples(float* samples, std::uint32_t n)
+/// Every input sample of every block passes here, so the count has an AVX2 body too.
+ONDO_KERNEL_INLINE std::uint32_t countNonFinite(const float* samples, std::uint32_t n)
 {
     std::uint32_t count = 0;
     for (std::uint32_t i = 0; i < n; ++i)
         count += isNonFinite(samples[i]);
+    return count;
+}
+
+#if ONDO_WIDE_VECTORS
+ONDO_WIDE_VECTORS_TARGET std::uint32_t countNonFiniteWide(const float* samples, std::uint32_t n)
+{
+    return countNonFinite(samples, n);
+}
+#endif
+} // namespace
+
+std::uint32_t NonFinite::zeroSamples(float* samples, std::uint32_t n)
+{
+#if ONDO_WIDE_VECTORS
+    const std::uint32_t count =
+        simd::useWideVectors() ? countNonFiniteWide(samples, n) : countNonFinite(samples, n);
+#else
+    const std::uint32_t count = countNonFinite(samples, n);
+#endif
     if (count == 0)
         return 0;
     for (std::uint32_t i = 0; i < n; ++i)

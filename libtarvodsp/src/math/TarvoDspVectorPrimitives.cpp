@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <type_traits>
 
 // Plain loops: the compiler vectorises them at -O3 without any intrinsic. The one kernel
 // that holds a run in registers spells its vectors out, with a wider body for AVX2.
@@ -93,6 +94,21 @@ Status multiplyConstantInPlace(T value, T* dst, int n)
 }
 
 template <typename T>
+ONDO_KERNEL_INLINE void scale(const T* src, T value, T* dst, int n)
+{
+    for (int i = 0; i < n; ++i)
+        dst[i] = src[i] * value;
+}
+
+#if ONDO_WIDE_VECTORS
+/// Gains on whole channels run in every block of the room, so they have an AVX2 body.
+ONDO_WIDE_VECTORS_TARGET void scaleWide(const float* src, float value, float* dst, int n)
+{
+    scale(src, value, dst, n);
+}
+#endif
+
+template <typename T>
 Status multiplyConstant(const T* src, T value, T* dst, int n)
 {
     if (const Status s = check(n, src, dst); s != done)
@@ -101,8 +117,15 @@ Status multiplyConstant(const T* src, T value, T* dst, int n)
         return copy(src, dst, n);
     if (value == T(0))
         return zero(dst, n);
-    for (int i = 0; i < n; ++i)
-        dst[i] = src[i] * value;
+#if ONDO_WIDE_VECTORS
+    if constexpr (std::is_same_v<T, float>)
+        if (simd::useWideVectors())
+        {
+            scaleWide(src, value, dst, n);
+            return done;
+        }
+#endif
+    scale(src, value, dst, n);
     return done;
 }
 
@@ -120,7 +143,8 @@ Status dot(const T* a, const T* b, int n, T* result)
 }
 /// The sums of `vectorAddProductsConstant32` over whole runs of four vectors, which stay in
 /// registers while every source adds into them; returns where the runs end.
-template <typename V>
+/// With `fromZero` the sums start at 0 instead of at `dst`, which is then only written.
+template <typename V, bool fromZero = false>
 ONDO_KERNEL_INLINE int addProductsInRuns(const float* const* srcs, const float* values, int count, float* dst, int n)
 {
     constexpr int width = static_cast<int>(sizeof(V) / sizeof(float));
@@ -128,11 +152,14 @@ ONDO_KERNEL_INLINE int addProductsInRuns(const float* const* srcs, const float* 
     int i = 0;
     for (; i + run <= n; i += run)
     {
-        V s0, s1, s2, s3;
-        simd::load(s0, dst + i);
-        simd::load(s1, dst + i + width);
-        simd::load(s2, dst + i + 2 * width);
-        simd::load(s3, dst + i + 3 * width);
+        V s0{}, s1{}, s2{}, s3{};
+        if constexpr (!fromZero)
+        {
+            simd::load(s0, dst + i);
+            simd::load(s1, dst + i + width);
+            simd::load(s2, dst + i + 2 * width);
+            simd::load(s3, dst + i + 3 * width);
+        }
         for (int k = 0; k < count; ++k)
         {
             const float* src = srcs[k] + i;
@@ -160,6 +187,12 @@ ONDO_WIDE_VECTORS_TARGET int addProductsInRunsWide(const float* const* srcs, con
                                                    float* dst, int n)
 {
     return addProductsInRuns<simd::Floats8>(srcs, values, count, dst, n);
+}
+
+ONDO_WIDE_VECTORS_TARGET int productsInRunsWide(const float* const* srcs, const float* values, int count, float* dst,
+                                                int n)
+{
+    return addProductsInRuns<simd::Floats8, true>(srcs, values, count, dst, n);
 }
 #endif
 } // namespace
@@ -233,6 +266,27 @@ Status vectorAddProductsConstant32(const float* const* srcs, const float* values
     for (; i < n; ++i)
     {
         float sum = dst[i];
+        for (int k = 0; k < count; ++k)
+            sum += srcs[k][i] * values[k];
+        dst[i] = sum;
+    }
+    return done;
+}
+
+Status vectorProductsConstant32(const float* const* srcs, const float* values, int count, float* dst, int n)
+{
+    if (const Status s = check(n, srcs, values, dst); s != done)
+        return s;
+    int i = 0;
+#if ONDO_WIDE_VECTORS
+    if (simd::useWideVectors())
+        i = productsInRunsWide(srcs, values, count, dst, n);
+    else
+#endif
+        i = addProductsInRuns<simd::Floats4, true>(srcs, values, count, dst, n);
+    for (; i < n; ++i)
+    {
+        float sum = 0.0f;
         for (int k = 0; k < count; ++k)
             sum += srcs[k][i] * values[k];
         dst[i] = sum;

@@ -41,6 +41,9 @@ Status vectorAddProductConstant32(const float* src, float value, float* dst, int
 /// as `count` calls of `vectorAddProductConstant32` in that order, with `dst` read and written
 /// once. No source may be `dst`. A `count` of 0 leaves `dst` as it is.
 Status vectorAddProductsConstant32(const float* const* srcs, const float* values, int count, float* dst, int n);
+/// dst[i] = 0 + srcs[0][i] * values[0] + srcs[1][i] * values[1] ...: the sums of
+/// `vectorAddProductsConstant32` into a zeroed `dst`, in one pass that never reads `dst`.
+Status vectorProductsConstant32(const float* const* srcs, const float* values, int count, float* dst, int n);
 /// dst[i] += a[i] * b[i].
 Status vectorAddProduct32(const float* a, const float* b, float* dst, int n);
 /// A negative element becomes a quiet NaN with the sign bit set; the others go on,

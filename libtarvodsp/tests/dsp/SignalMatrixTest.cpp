@@ -161,6 +161,50 @@ TEST(SignalMatrix, RowsAndSizes)
     EXPECT_EQ(m.getPendingGain(2, 0), 0.0f);
 }
 
+TEST(SignalMatrix, GatheredTermsAddAsProcessAddWhereTheGainsStandStill)
+{
+    // Twin matrices through the same gain changes: one adds itself, the other hands its terms
+    // over wherever it can. Blocks of 7 against ramps of 10 put boundaries inside blocks.
+    SignalMatrix added(2, 2), gathered(2, 2);
+    std::vector<ondo::MixTerms> terms(2);
+    for (auto& t : terms)
+        t.reserve(2);
+    int handed = 0, refused = 0;
+    for (int b = 0; b < 12; ++b)
+    {
+        for (SignalMatrix* m : {&added, &gathered})
+        {
+            if (b == 0)
+                useTenSampleRamps(*m);
+            if (b == 0 || b == 6)
+                m->setGainsForInput(0, std::vector<float>{0.5f + float(b), -0.25f}.data(), false);
+            if (b == 0)
+                m->setGain(1, 1, 0.75f, false);
+        }
+        Block in(2, 7), a(2, 7, 0.5f), g(2, 7, 0.5f);
+        for (std::uint32_t i = 0; i < 7; ++i)
+        {
+            in.data[0][i] = 1.0f + float(i);
+            in.data[1][i] = -3.0f * float(i);
+        }
+        added.processAdd(a.get(), in.get(), 7);
+        if (gathered.gatherSteadyTerms(terms.data(), in.get(), 7))
+        {
+            ++handed;
+            for (std::uint32_t o = 0; o < 2; ++o)
+                terms[o].addInto(g.data[o].data(), 7);
+        }
+        else
+        {
+            ++refused;
+            gathered.processAdd(g.get(), in.get(), 7);
+        }
+        EXPECT_EQ(g.data, a.data) << "block " << b;
+    }
+    EXPECT_GT(handed, 0);
+    EXPECT_GT(refused, 0);
+}
+
 TEST(SignalMatrix, MixingAllocatesNothing)
 {
     SignalMatrix m(4, 4);

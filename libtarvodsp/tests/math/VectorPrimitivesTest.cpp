@@ -207,6 +207,14 @@ TEST(VectorPrimitives, SeveralProductsAddAsTheSameSumsInOrder)
         std::vector<float> untouched = start;
         EXPECT_EQ(vectorAddProductsConstant32(pointers, gains, 0, untouched.data(), n), done);
         EXPECT_EQ(untouched, start);
+        // Written rather than added to: the sums start from 0, whatever the output held.
+        std::vector<float> written = start;
+        ASSERT_EQ(vectorProductsConstant32(pointers, gains, 3, written.data(), n), done);
+        for (int i = 0; i < n; ++i)
+            EXPECT_EQ(written[i], (0.0f + sources[0][i] * gains[0] + sources[1][i] * gains[1]) + sources[2][i] * gains[2])
+                << "sample " << i << (wide ? ", wide body" : "");
+        EXPECT_EQ(vectorProductsConstant32(pointers, gains, 0, written.data(), n), done);
+        EXPECT_EQ(written, std::vector<float>(n, 0.0f));
     }
     ondo::simd::allowWideVectors(true);
 }
