@@ -89,27 +89,12 @@ void TarvoverbCore::prepare(float sampleRate, std::uint32_t blockSize)
         return;
     if (engine->getSampleRate() == Quor::TarvoVerb::clampSampleRate(sampleRate) && engine->getBufferSize() == blockSize)
     {
-        warmUp(blockSize);
+        engine->clear();
         return;
     }
     engine->setup(sampleRate, blockSize, true);
     applyStoredValues();
-    warmUp(blockSize);
-}
-
-void TarvoverbCore::warmUp(std::uint32_t blockSize)
-{
-    // The engine sizes some of its block views on the first block it renders: that block is
-    // rendered here, in silence, so that the audio routine never allocates.
-    Quor::TarvoVerb& engine = *s.processor;
-    std::vector<float> silence(static_cast<std::size_t>(blockSize) * (engine.getNumInputs() + engine.getNumOutputs()));
-    std::vector<float*> inputs, outputs;
-    for (std::uint32_t c = 0; c < engine.getNumInputs(); ++c)
-        inputs.push_back(silence.data() + static_cast<std::size_t>(c) * blockSize);
-    for (std::uint32_t c = 0; c < engine.getNumOutputs(); ++c)
-        outputs.push_back(silence.data() + static_cast<std::size_t>(engine.getNumInputs() + c) * blockSize);
-    engine.processBlock(outputs.data(), inputs.data(), blockSize);
-    engine.clear();
+    engine->clear();
 }
 
 void TarvoverbCore::applyStoredValues()

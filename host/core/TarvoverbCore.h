@@ -95,8 +95,6 @@ private:
     /// After a message in the engine's own language: the stored values become the engine's,
     /// so that the attributes read back what the engine now does.
     void adoptEngineState();
-    /// One silent block and a clear, before audio starts.
-    void warmUp(std::uint32_t blockSize);
     void reverbStep();
     void structureStep();
     void sendSourcePositions();

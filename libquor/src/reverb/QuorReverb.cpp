@@ -114,6 +114,9 @@ Reverb::Reverb(std::uint32_t numChannels)
     filters.setCrossfadeTime(decayCrossfadeTimeMs);
     for (auto& air : airFilters)
         air = std::make_unique<AirAbsorption>(2);
+    // The block views know their channel counts from the start, so the first block allocates nothing.
+    inputsReference.setSize(numChannels, 0);
+    outputsReference.setSize(numChannels, 0);
     inputGain.setSampleRate(sampleRate);
     decayRamp.setSampleRate(sampleRate);
     inputGain.setTarget(1.0f, true);

@@ -148,6 +148,9 @@ void TarvoVerb::configure(float rate, std::uint32_t size, std::uint32_t numSourc
     configured = true;
     setNumberOfInputs(numSources);
     setNumberOfOutputs(numSpeakers);
+    // The block views know their channel counts from the start, so the first block allocates nothing.
+    inputsReference.setSize(numSources, 0);
+    outputsReference.setSize(numSpeakers, 0);
 
     const ondo::Point3Array layout = ondo::Point3Array::defaultLayout(numSources);
     for (std::uint32_t i = 0; i < numSources; ++i)

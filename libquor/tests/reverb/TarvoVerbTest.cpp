@@ -258,7 +258,6 @@ TEST(TarvoVerb, ProcessAllocatesNothingForAnyBlockSize)
     auto verb = configured(6, 6, 8);
     applyObjectDefaults(*verb);
     tarvo::testing::ChannelBlock in(6, 2048, 0.1f), out(6, 2048);
-    verb->process(out.pointers.data(), in.pointers.data(), 64);
     tarvo::testing::AllocationScope scope;
     for (std::uint32_t n : {64u, 1u, 37u, 64u, 2048u})
         verb->process(out.pointers.data(), in.pointers.data(), n);
