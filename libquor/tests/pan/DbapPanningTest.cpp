@@ -8,11 +8,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cmath>
 #include <memory>
 #include <random>
-#include <thread>
 
 namespace
 {
@@ -226,39 +224,23 @@ TEST(DbapPanningConcurrency, SourcesMoveAndSpeakersReturnWhileA3DPannerMixes)
         return Point3(std::sin(0.01f * step + s), std::cos(0.013f * step), 0.2f * s);
     };
     auto layout = [](int step) { return scaled(tarvo::testing::cube(), 1.0f + (step % 7) * 0.25f); };
-    std::atomic<bool> running{true};
-    std::atomic<int> blocks{0};
-    std::thread control([&] {
-        while (blocks.load() == 0)
-            std::this_thread::yield();
-        for (int step = 0; step < 600; ++step)
-        {
-            for (std::uint32_t s = 0; s < sources; ++s)
-                panner.setSourcePosition(s, position(step, s), step % 3 == 0);
-            if (step % 10 == 0)
-                panner.setSpeakers(layout(step));
-            if (step % 50 == 0)
-                panner.setSourceSpread(step % sources, static_cast<float>(step % 100));
-        }
-        running = false;
-    });
-    bool finite = true;
-    float loudest = 0.0f;
-    while (running)
-    {
-        panner.process(out.get(), in.get(), blockSize);
-        blocks.fetch_add(1);
-        for (const auto& channel : out.data)
-            for (float v : channel)
+    const AudioRun run = mixWhileControlRuns(
+        [&] {
+            for (int step = 0; step < 600; ++step)
             {
-                finite &= std::isfinite(v);
-                loudest = std::max(loudest, std::fabs(v));
+                for (std::uint32_t s = 0; s < sources; ++s)
+                    panner.setSourcePosition(s, position(step, s), step % 3 == 0);
+                if (step % 10 == 0)
+                    panner.setSpeakers(layout(step));
+                if (step % 50 == 0)
+                    panner.setSourceSpread(step % sources, static_cast<float>(step % 100));
             }
-    }
-    control.join();
-    EXPECT_TRUE(finite);
+        },
+        [&] { panner.process(out.get(), in.get(), blockSize); }, {&out});
+    EXPECT_TRUE(run.finite);
+    EXPECT_EQ(run.allocations, 0u);
     // Unit power per source: no speaker can carry more than all sources at full gain.
-    EXPECT_LE(loudest, sources * 0.5f + 1e-4f);
+    EXPECT_LE(run.loudest, sources * 0.5f + 1e-4f);
 
     Quor::DbapPanning3D reference(sources, speakers);
     reference.setSpeakers(layout(590));

@@ -1,15 +1,12 @@
 #include "pan/QuorAmbisonicEquivalentPanningAnalytic3D.h"
 #include "pan/QuorHOA3DPanning.h"
 
-#include "AllocationCounter.h"
 #include "PanTestSupport.h"
 #include "math/TarvoDspCoordinates.h"
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <cmath>
-#include <thread>
 
 namespace
 {
@@ -32,43 +29,31 @@ TEST(HOAPanningConcurrency, SourcesAndSpeakersChangeWhileTheAudioThreadMixes)
     auto place = [](int step, std::uint32_t s) {
         return Coordinates::fromNavigational(step * 1.7f + 60.0f * s, std::fmod(step * 0.9f, 170.0f) - 85.0f, 2.0f);
     };
-    std::atomic<bool> running{true};
-    std::atomic<int> blocks{0};
-    std::thread control([&] {
-        while (blocks.load() == 0)
-            std::this_thread::yield();
-        for (int step = 0; step < 600; ++step)
-        {
-            for (std::uint32_t s = 0; s < sources; ++s)
+    const AudioRun run = mixWhileControlRuns(
+        [&] {
+            for (int step = 0; step < 600; ++step)
             {
-                hoa.setSourcePosition(s, place(step, s), step % 7 == 0);
-                aep.setSourcePosition(s, place(step, s), step % 7 == 0);
+                for (std::uint32_t s = 0; s < sources; ++s)
+                {
+                    hoa.setSourcePosition(s, place(step, s), step % 7 == 0);
+                    aep.setSourcePosition(s, place(step, s), step % 7 == 0);
+                }
+                if (step % 50 == 0)
+                {
+                    hoa.setComputationMode(step % 100 == 0 ? "fast" : "precise");
+                    hoa.setAmbisonicNormalization(step % 100 == 0 ? ondo::Ambisonics::N3D : ondo::Ambisonics::SN3D);
+                    aep.setSpeakers(ondo::Point3Array::defaultLayout(speakers - step % 3));
+                }
             }
-            if (step % 50 == 0)
-            {
-                hoa.setComputationMode(step % 100 == 0 ? "fast" : "precise");
-                hoa.setAmbisonicNormalization(step % 100 == 0 ? ondo::Ambisonics::N3D : ondo::Ambisonics::SN3D);
-                aep.setSpeakers(ondo::Point3Array::defaultLayout(speakers - step % 3));
-            }
-        }
-        running = false;
-    });
-    bool finite = true;
-    tarvo::testing::ThreadAllocationScope scope;
-    while (running)
-    {
-        hoa.process(hoaOut.get(), in.get(), blockSize);
-        aep.process(aepOut.get(), in.get(), blockSize);
-        blocks.fetch_add(1);
-        for (const auto* block : {&hoaOut, &aepOut})
-            for (const auto& channel : block->data)
-                for (float v : channel)
-                    finite &= std::isfinite(v);
-    }
-    EXPECT_EQ(scope.count(), 0u);
-    control.join();
-    EXPECT_TRUE(finite);
-    EXPECT_GT(blocks.load(), 1);
+        },
+        [&] {
+            hoa.process(hoaOut.get(), in.get(), blockSize);
+            aep.process(aepOut.get(), in.get(), blockSize);
+        },
+        {&hoaOut, &aepOut});
+    EXPECT_EQ(run.allocations, 0u);
+    EXPECT_TRUE(run.finite);
+    EXPECT_GT(run.blocks, 1);
 
     Quor::HOA3DPanning hoaReference(sources, channels);
     Quor::AmbisonicEquivalentPanningAnalytic3D aepReference(sources, speakers);

@@ -1,13 +1,10 @@
 #include "pan/QuorNFCHOAPanning3D.h"
 
-#include "AllocationCounter.h"
 #include "PanTestSupport.h"
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <cmath>
-#include <thread>
 
 namespace
 {
@@ -27,40 +24,24 @@ TEST(NFCHOAPanningConcurrency, SourcesMoveWhileTheAudioThreadRuns)
         const float t = 0.05f * float(step) + float(s);
         return ondo::Point3{r * std::cos(t), r * std::sin(t), 0.2f * r};
     };
-    std::atomic<bool> running{true};
-    std::atomic<int> blocks{0};
-    std::thread control([&] {
-        while (blocks.load() == 0)
-            std::this_thread::yield();
-        for (int step = 0; step < 400; ++step)
-        {
-            for (std::uint32_t s = 0; s < sources; ++s)
-                panner.setSourcePosition(s, place(step, s), step % 9 == 0);
-            if (step % 40 == 0)
+    const AudioRun run = mixWhileControlRuns(
+        [&] {
+            for (int step = 0; step < 400; ++step)
             {
-                panner.setNfcCompensation(step % 80 == 0);
-                panner.setNfcSpeakersRadius(1.0f + 0.01f * float(step));
-                panner.setSourceMute(3, step % 80 == 0);
+                for (std::uint32_t s = 0; s < sources; ++s)
+                    panner.setSourcePosition(s, place(step, s), step % 9 == 0);
+                if (step % 40 == 0)
+                {
+                    panner.setNfcCompensation(step % 80 == 0);
+                    panner.setNfcSpeakersRadius(1.0f + 0.01f * float(step));
+                    panner.setSourceMute(3, step % 80 == 0);
+                }
             }
-        }
-        running = false;
-    });
-    bool finite = true;
-    {
-        tarvo::testing::ThreadAllocationScope scope;
-        while (running)
-        {
-            panner.process(out.get(), in.get(), blockSize);
-            blocks.fetch_add(1);
-            for (const auto& channel : out.data)
-                for (float v : channel)
-                    finite &= std::isfinite(v);
-        }
-        EXPECT_EQ(scope.count(), 0u);
-    }
-    control.join();
-    EXPECT_TRUE(finite);
-    EXPECT_GT(blocks.load(), 1);
+        },
+        [&] { panner.process(out.get(), in.get(), blockSize); }, {&out});
+    EXPECT_EQ(run.allocations, 0u);
+    EXPECT_TRUE(run.finite);
+    EXPECT_GT(run.blocks, 1);
 
     Quor::NFCHOAPanning3D reference(sources, channels);
     reference.setNfcSpeakersRadius(1.0f + 0.01f * 360.0f);
