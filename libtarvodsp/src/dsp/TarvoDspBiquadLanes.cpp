@@ -18,10 +18,6 @@ using simd::store;
 template <typename V>
 constexpr int widthOf = static_cast<int>(sizeof(V) / sizeof(float));
 
-/// Up to this many groups of lanes in flight: enough independent chains to hide the
-/// latency of the recursion.
-constexpr int maxGroups = 2;
-
 /// Rows of samples of one channel each become rows of one sample of every channel, and back.
 ONDO_KERNEL_INLINE void transpose(Floats4 (&r)[4])
 {
@@ -58,57 +54,60 @@ ONDO_KERNEL_INLINE void transpose(Floats8 (&r)[8])
     }
 }
 
-/// One biquad of each channel of a group, a lane each, its coefficients and delay line in
-/// registers.
+/// One biquad of each channel of a group, a lane each. The taps are laid out lane-major
+/// once a block and read from memory as operands; only the delay lines travel in registers,
+/// so that a row of samples, the state and the transposes fit the register file.
 template <typename V>
 struct Lanes
 {
     static constexpr int width = widthOf<V>;
-    V b0, b1, b2, a1, a2, z0, z1;
+    /// b0 b1 b2 a1 a2, a row of lanes each.
+    alignas(sizeof(V)) float taps[5][width];
+    alignas(sizeof(V)) float line[2][width];
 
     ONDO_KERNEL_INLINE void gather(BiquadIPP* const* filters, int used)
     {
-        float c[7][width];
         for (int l = 0; l < width; ++l)
         {
             if (l >= used)
             {
-                for (auto& row : c)
+                for (auto& row : taps)
                     row[l] = 0.0f;
+                line[0][l] = line[1][l] = 0.0f;
                 continue;
             }
             // Taps are installed with a0 = 1, so the primitive holds exactly these values.
             const float* t = filters[l]->getTaps();
-            const float* line = filters[l]->getSections().getDelayLine();
-            const float values[7] = {t[0], t[1], t[2], t[4], t[5], line[0], line[1]};
-            for (int k = 0; k < 7; ++k)
-                c[k][l] = values[k];
+            const float* z = filters[l]->getSections().getDelayLine();
+            taps[0][l] = t[0];
+            taps[1][l] = t[1];
+            taps[2][l] = t[2];
+            taps[3][l] = t[4];
+            taps[4][l] = t[5];
+            line[0][l] = z[0];
+            line[1][l] = z[1];
         }
-        load(b0, c[0]);
-        load(b1, c[1]);
-        load(b2, c[2]);
-        load(a1, c[3]);
-        load(a2, c[4]);
-        load(z0, c[5]);
-        load(z1, c[6]);
     }
 
     ONDO_KERNEL_INLINE void scatter(BiquadIPP* const* filters, int used) const
     {
-        float s0[width], s1[width];
-        store(s0, z0);
-        store(s1, z1);
         for (int l = 0; l < used; ++l)
         {
-            const float line[2] = {s0[l], s1[l]};
-            filters[l]->getSections().setDelayLine(line);
+            const float z[2] = {line[0][l], line[1][l]};
+            filters[l]->getSections().setDelayLine(z);
         }
     }
 
     /// One sample of every lane, input in and output out. The same expressions as the
     /// primitive's transposed direct form II.
-    ONDO_KERNEL_INLINE void next(V& sample)
+    ONDO_KERNEL_INLINE void next(V& sample, V& z0, V& z1) const
     {
+        V b0, b1, b2, a1, a2;
+        load(b0, taps[0]);
+        load(b1, taps[1]);
+        load(b2, taps[2]);
+        load(a1, taps[3]);
+        load(a2, taps[4]);
         const V x = sample;
         const V y = b0 * x + z0;
         z0 = b1 * x + z1 - a1 * y;
@@ -132,10 +131,13 @@ struct Group
                                    const float* const* inputs, int count)
     {
         used = std::min(width, count);
+        // Idle lanes read and write the first channel's samples, so that every row moves
+        // through registers without a test per lane: their taps are 0, and the first
+        // channel's own store comes last.
         for (int l = 0; l < width; ++l)
         {
-            in[l] = l < used ? inputs[l] : nullptr;
-            out[l] = l < used ? outputs[l] : nullptr;
+            in[l] = inputs[l < used ? l : 0];
+            out[l] = outputs[l < used ? l : 0];
         }
         for (int s = 0; s < numStages; ++s)
             stages[s].gather(filters[s], used);
@@ -147,16 +149,36 @@ struct Group
             stages[s].scatter(filters[s], used);
     }
 
+    /// The whole block, `width` samples a row: the delay lines stay in registers from the
+    /// first row to the last, and each row is transposed in place, run and transposed back.
+    ONDO_KERNEL_INLINE void run(int numSamples)
+    {
+        V z0[numStages], z1[numStages];
+        for (int s = 0; s < numStages; ++s)
+        {
+            load(z0[s], stages[s].line[0]);
+            load(z1[s], stages[s].line[1]);
+        }
+        int start = 0;
+        for (; start + width <= numSamples; start += width)
+            step<true>(z0, z1, start, width);
+        if (start < numSamples)
+            step<false>(z0, z1, start, numSamples - start);
+        for (int s = 0; s < numStages; ++s)
+        {
+            store(stages[s].line[0], z0[s]);
+            store(stages[s].line[1], z1[s]);
+        }
+    }
+
     /// `m` samples from `start`; a whole row of `width` when `whole`.
     template <bool whole>
-    ONDO_KERNEL_INLINE void step(int start, int m)
+    ONDO_KERNEL_INLINE void step(V (&z0)[numStages], V (&z1)[numStages], int start, int m) const
     {
         V x[width];
+#pragma GCC unroll 8
         for (int l = 0; l < width; ++l)
         {
-            x[l] = V{};
-            if (l >= used)
-                continue;
             if constexpr (whole)
                 load(x[l], in[l] + start);
             else
@@ -167,59 +189,35 @@ struct Group
             }
         }
         transpose(x);
-        V y[width];
-        if constexpr (!whole)
-            for (V& row : y)
-                row = V{}; // rows past `m` are transposed but never stored
 #pragma GCC unroll 8
         for (int k = 0; k < (whole ? width : m); ++k)
-        {
-            y[k] = x[k];
             for (int s = 0; s < numStages; ++s)
-                stages[s].next(y[k]);
-        }
-        transpose(y);
-        for (int l = 0; l < used; ++l)
+                stages[s].next(x[k], z0[s], z1[s]);
+        // Rows past `m` are transposed back but never stored.
+        transpose(x);
+#pragma GCC unroll 8
+        for (int l = width - 1; l >= 0; --l)
         {
             if constexpr (whole)
-                store(out[l] + start, y[l]);
+                store(out[l] + start, x[l]);
             else
             {
                 float padded[width];
-                store(padded, y[l]);
+                store(padded, x[l]);
                 std::memcpy(out[l] + start, padded, static_cast<std::size_t>(m) * sizeof(float));
             }
         }
     }
 };
 
-template <typename V, int numStages, int numGroups>
-ONDO_KERNEL_INLINE void runGroups(BiquadIPP* const* const* filters, float* const* outputs,
-                                  const float* const* inputs, int count, int numSamples)
+template <typename V, int numStages>
+ONDO_KERNEL_INLINE void runGroup(BiquadIPP* const* const* filters, float* const* outputs,
+                                 const float* const* inputs, int count, int numSamples)
 {
-    constexpr int width = widthOf<V>;
-    Group<V, numStages> groups[numGroups];
-    for (int g = 0; g < numGroups; ++g)
-    {
-        BiquadIPP* const* own[numStages];
-        for (int s = 0; s < numStages; ++s)
-            own[s] = filters[s] + width * g;
-        groups[g].gather(own, outputs + width * g, inputs + width * g, count - width * g);
-    }
-    int start = 0;
-    for (; start + width <= numSamples; start += width)
-        for (int g = 0; g < numGroups; ++g)
-            groups[g].template step<true>(start, width);
-    if (start < numSamples)
-        for (int g = 0; g < numGroups; ++g)
-            groups[g].template step<false>(start, numSamples - start);
-    for (int g = 0; g < numGroups; ++g)
-    {
-        BiquadIPP* const* own[numStages];
-        for (int s = 0; s < numStages; ++s)
-            own[s] = filters[s] + width * g;
-        groups[g].scatter(own);
-    }
+    Group<V, numStages> group;
+    group.gather(filters, outputs, inputs, count);
+    group.run(numSamples);
+    group.scatter(filters);
 }
 
 template <typename V, int numStages>
@@ -227,9 +225,9 @@ ONDO_KERNEL_INLINE void sideBySide(BiquadIPP* const* const* filters, float* cons
                                    const float* const* inputs, int count, int numSamples)
 {
     constexpr int width = widthOf<V>;
-    for (int first = 0; first < count; first += width * maxGroups)
+    for (int first = 0; first < count; first += width)
     {
-        const int group = std::min(width * maxGroups, count - first);
+        const int group = std::min(width, count - first);
         BiquadIPP* const* f[numStages];
         for (int s = 0; s < numStages; ++s)
             f[s] = filters[s] + first;
@@ -237,10 +235,8 @@ ONDO_KERNEL_INLINE void sideBySide(BiquadIPP* const* const* filters, float* cons
         const float* const* i = inputs + first;
         if (group == 1 && numStages == 1)
             f[0][0]->filter(o[0], i[0], numSamples); // a lone channel gains nothing
-        else if (group <= width)
-            runGroups<V, numStages, 1>(f, o, i, group, numSamples);
         else
-            runGroups<V, numStages, 2>(f, o, i, group, numSamples);
+            runGroup<V, numStages>(f, o, i, group, numSamples);
     }
 }
 
