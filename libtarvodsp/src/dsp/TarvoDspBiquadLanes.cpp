@@ -149,28 +149,6 @@ struct Group
             stages[s].scatter(filters[s], used);
     }
 
-    /// The whole block, `width` samples a row: the delay lines stay in registers from the
-    /// first row to the last, and each row is transposed in place, run and transposed back.
-    ONDO_KERNEL_INLINE void run(int numSamples)
-    {
-        V z0[numStages], z1[numStages];
-        for (int s = 0; s < numStages; ++s)
-        {
-            load(z0[s], stages[s].line[0]);
-            load(z1[s], stages[s].line[1]);
-        }
-        int start = 0;
-        for (; start + width <= numSamples; start += width)
-            step<true>(z0, z1, start, width);
-        if (start < numSamples)
-            step<false>(z0, z1, start, numSamples - start);
-        for (int s = 0; s < numStages; ++s)
-        {
-            store(stages[s].line[0], z0[s]);
-            store(stages[s].line[1], z1[s]);
-        }
-    }
-
     /// `m` samples from `start`; a whole row of `width` when `whole`.
     template <bool whole>
     ONDO_KERNEL_INLINE void step(V (&z0)[numStages], V (&z1)[numStages], int start, int m) const
@@ -210,14 +188,48 @@ struct Group
     }
 };
 
-template <typename V, int numStages>
-ONDO_KERNEL_INLINE void runGroup(BiquadIPP* const* const* filters, float* const* outputs,
-                                 const float* const* inputs, int count, int numSamples)
+/// Up to this many groups of lanes in flight: enough independent chains to hide the
+/// latency of the recursion. Only the delay lines of each group stay in registers from row
+/// to row; a row of one group is done before the next group's begins.
+constexpr int maxGroups = 2;
+
+template <typename V, int numStages, int numGroups>
+ONDO_KERNEL_INLINE void runGroups(BiquadIPP* const* const* filters, float* const* outputs,
+                                  const float* const* inputs, int count, int numSamples)
 {
-    Group<V, numStages> group;
-    group.gather(filters, outputs, inputs, count);
-    group.run(numSamples);
-    group.scatter(filters);
+    constexpr int width = widthOf<V>;
+    Group<V, numStages> groups[numGroups];
+    V z0[numGroups][numStages], z1[numGroups][numStages];
+    for (int g = 0; g < numGroups; ++g)
+    {
+        BiquadIPP* const* own[numStages];
+        for (int s = 0; s < numStages; ++s)
+            own[s] = filters[s] + width * g;
+        groups[g].gather(own, outputs + width * g, inputs + width * g, count - width * g);
+        for (int s = 0; s < numStages; ++s)
+        {
+            load(z0[g][s], groups[g].stages[s].line[0]);
+            load(z1[g][s], groups[g].stages[s].line[1]);
+        }
+    }
+    int start = 0;
+    for (; start + width <= numSamples; start += width)
+        for (int g = 0; g < numGroups; ++g)
+            groups[g].template step<true>(z0[g], z1[g], start, width);
+    if (start < numSamples)
+        for (int g = 0; g < numGroups; ++g)
+            groups[g].template step<false>(z0[g], z1[g], start, numSamples - start);
+    for (int g = 0; g < numGroups; ++g)
+    {
+        BiquadIPP* const* own[numStages];
+        for (int s = 0; s < numStages; ++s)
+        {
+            own[s] = filters[s] + width * g;
+            store(groups[g].stages[s].line[0], z0[g][s]);
+            store(groups[g].stages[s].line[1], z1[g][s]);
+        }
+        groups[g].scatter(own);
+    }
 }
 
 template <typename V, int numStages>
@@ -225,9 +237,9 @@ ONDO_KERNEL_INLINE void sideBySide(BiquadIPP* const* const* filters, float* cons
                                    const float* const* inputs, int count, int numSamples)
 {
     constexpr int width = widthOf<V>;
-    for (int first = 0; first < count; first += width)
+    for (int first = 0; first < count; first += width * maxGroups)
     {
-        const int group = std::min(width, count - first);
+        const int group = std::min(width * maxGroups, count - first);
         BiquadIPP* const* f[numStages];
         for (int s = 0; s < numStages; ++s)
             f[s] = filters[s] + first;
@@ -235,8 +247,10 @@ ONDO_KERNEL_INLINE void sideBySide(BiquadIPP* const* const* filters, float* cons
         const float* const* i = inputs + first;
         if (group == 1 && numStages == 1)
             f[0][0]->filter(o[0], i[0], numSamples); // a lone channel gains nothing
+        else if (group <= width)
+            runGroups<V, numStages, 1>(f, o, i, group, numSamples);
         else
-            runGroup<V, numStages>(f, o, i, group, numSamples);
+            runGroups<V, numStages, 2>(f, o, i, group, numSamples);
     }
 }
 
