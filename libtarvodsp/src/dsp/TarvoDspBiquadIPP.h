@@ -51,6 +51,13 @@ public:
         memoryIsSilent = false;
         return *state;
     }
+    /// The section's own delay line (z0, z1), read and written in place by the side-by-side
+    /// kernel. Audio thread; real-time safe.
+    float* getDelayLineInPlace()
+    {
+        memoryIsSilent = false;
+        return state->getDelayLineInPlace();
+    }
 
 private:
     BiquadCoefficients coefficients;

@@ -64,6 +64,8 @@ struct Lanes
     /// b0 b1 b2 a1 a2, a row of lanes each.
     alignas(sizeof(V)) float taps[5][width];
     alignas(sizeof(V)) float line[2][width];
+    /// Each lane's own delay line, handed back at the end of the block.
+    float* own[width];
 
     ONDO_KERNEL_INLINE void gather(BiquadIPP* const* filters, int used)
     {
@@ -78,7 +80,8 @@ struct Lanes
             }
             // Taps are installed with a0 = 1, so the primitive holds exactly these values.
             const float* t = filters[l]->getTaps();
-            const float* z = filters[l]->getSections().getDelayLine();
+            float* z = filters[l]->getDelayLineInPlace();
+            own[l] = z;
             taps[0][l] = t[0];
             taps[1][l] = t[1];
             taps[2][l] = t[2];
@@ -89,12 +92,12 @@ struct Lanes
         }
     }
 
-    ONDO_KERNEL_INLINE void scatter(BiquadIPP* const* filters, int used) const
+    ONDO_KERNEL_INLINE void scatter(int used) const
     {
         for (int l = 0; l < used; ++l)
         {
-            const float z[2] = {line[0][l], line[1][l]};
-            filters[l]->getSections().setDelayLine(z);
+            own[l][0] = line[0][l];
+            own[l][1] = line[1][l];
         }
     }
 
@@ -143,10 +146,10 @@ struct Group
             stages[s].gather(filters[s], used);
     }
 
-    ONDO_KERNEL_INLINE void scatter(BiquadIPP* const* const* filters) const
+    ONDO_KERNEL_INLINE void scatter() const
     {
         for (int s = 0; s < numStages; ++s)
-            stages[s].scatter(filters[s], used);
+            stages[s].scatter(used);
     }
 
     /// `m` samples from `start`; a whole row of `width` when `whole`.
@@ -221,14 +224,12 @@ ONDO_KERNEL_INLINE void runGroups(BiquadIPP* const* const* filters, float* const
             groups[g].template step<false>(z0[g], z1[g], start, numSamples - start);
     for (int g = 0; g < numGroups; ++g)
     {
-        BiquadIPP* const* own[numStages];
         for (int s = 0; s < numStages; ++s)
         {
-            own[s] = filters[s] + width * g;
             store(groups[g].stages[s].line[0], z0[g][s]);
             store(groups[g].stages[s].line[1], z1[g][s]);
         }
-        groups[g].scatter(own);
+        groups[g].scatter();
     }
 }
 

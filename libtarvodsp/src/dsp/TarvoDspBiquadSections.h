@@ -32,6 +32,13 @@ public:
     /// The present delay line, two floats a section.
     const float* getDelayLine();
     void setDelayLine(const float* values) { primitives::biquadSetDelayLine(handle, values); }
+    /// The delay line the recursion runs on, to be read and written without a copy (the
+    /// side-by-side kernel, once a block). Audio thread; real-time safe.
+    float* getDelayLineInPlace()
+    {
+        float* live = primitives::biquadDelayLineInPlace(handle);
+        return live != nullptr ? live : delayLine;
+    }
 
 private:
     void release();

@@ -142,6 +142,11 @@ Status biquadSetDelayLine(BiquadState* handle, const float* delayLine)
     return done;
 }
 
+float* biquadDelayLineInPlace(BiquadState* handle)
+{
+    return handle != nullptr && handle->tag == cascadeTag ? handle->delayLine : nullptr;
+}
+
 Status biquadGetDelayLine(const BiquadState* handle, float* delayLine)
 {
     if (handle == nullptr || delayLine == nullptr)

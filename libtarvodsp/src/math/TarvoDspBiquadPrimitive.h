@@ -30,4 +30,8 @@ Status biquadSetDelayLine(BiquadState* handle, const float* delayLine);
 
 /// Copies the present delay line (two floats a section) out, so that an owner can keep it.
 Status biquadGetDelayLine(const BiquadState* handle, float* delayLine);
+
+/// The delay line itself (two floats a section), for a kernel that runs the recursion
+/// elsewhere and hands the state back; null for a handle that is not a cascade.
+float* biquadDelayLineInPlace(BiquadState* handle);
 } // namespace ondo::primitives
