@@ -197,14 +197,19 @@ void SignalMatrix::advanceGrid()
     copyPendingGains(pendingGains, targetGains);
     // A write was under way: the copy may be torn, so stand still for one ramp and take
     // the completed set at the next boundary.
-    if ((before & 1u) != 0 || writeSequence.load(std::memory_order_relaxed) != before)
+    const bool torn = (before & 1u) != 0 || writeSequence.load(std::memory_order_relaxed) != before;
+    if (torn)
         copyGains(startGains, targetGains);
     findSteadyTerms();
+    // Every gain now stands exactly at the pending one, taken whole: until the next write,
+    // a boundary would copy each gain onto itself.
+    settled = !torn && steady && steadyIsExact && steadySequence == before;
 }
 
 void SignalMatrix::findSteadyTerms()
 {
     steady = false;
+    steadyIsExact = true;
     steadySequence = writeSequence.load(std::memory_order_acquire);
     if ((steadySequence & 1u) != 0)
         return;
@@ -216,8 +221,10 @@ void SignalMatrix::findSteadyTerms()
         {
             const std::size_t index = std::size_t(i) * numOutputs + o;
             const float target = load(targetGains, index);
-            if (std::fabs(target - load(startGains, index)) > sameGain)
+            const float start = load(startGains, index);
+            if (std::fabs(target - start) > sameGain)
                 return;
+            steadyIsExact = steadyIsExact && target == start;
             // The terms addSegment would keep, in its order.
             if (std::fabs(target) > silentGain)
             {
@@ -261,8 +268,12 @@ bool SignalMatrix::gatherSteadyTerms(MixTerms* perOutput, float** inputs, std::u
         rampPosition = 0;
     }
     const std::int32_t position = rampPosition;
-    if (static_cast<std::int64_t>(numSamples) > length - position || !steady ||
-        writeSequence.load(std::memory_order_acquire) != steadySequence)
+    if (!steady || writeSequence.load(std::memory_order_acquire) != steadySequence)
+        return false;
+    // Boundaries inside the block change nothing while the grid is settled and no write
+    // came: the block keeps its terms across them, and only the position moves on.
+    const bool idleBoundaries = settled;
+    if (static_cast<std::int64_t>(numSamples) > length - position && !idleBoundaries)
         return false;
     for (std::uint32_t i = 0; i < numInputs; ++i)
         inputActive[i] = isInletActive(i) ? 1 : 0;
@@ -273,6 +284,11 @@ bool SignalMatrix::gatherSteadyTerms(MixTerms* perOutput, float** inputs, std::u
         for (std::uint32_t t = steadyStart[o]; t < steadyStart[o + 1]; ++t)
             if (inputActive[steadyInputs[t]] != 0)
                 perOutput[o].add(inputs[steadyInputs[t]], steadyGains[t]);
+    }
+    if (idleBoundaries)
+    {
+        rampPosition = static_cast<std::int32_t>((static_cast<std::int64_t>(position) + numSamples) % length);
+        return true;
     }
     rampPosition = position + static_cast<std::int32_t>(numSamples);
     if (rampPosition >= length)

@@ -92,6 +92,11 @@ private:
     Vector<std::uint32_t> steadyStart;
     Vector<std::uint8_t> inputActive;
     bool steady = false;
+    /// Every start gain equals its target, not just within the tolerance of `steady`.
+    bool steadyIsExact = false;
+    /// The last boundary took a whole pending set and found every gain standing at it, so
+    /// boundaries are idle while `writeSequence` stays at `steadySequence`. Audio thread.
+    bool settled = false;
     std::uint32_t steadySequence = 0;
 };
 } // namespace ondo
