@@ -74,17 +74,25 @@ void Ramp::fill(float* out, std::uint32_t n)
     std::uint64_t remaining = remainingSamples;
     float current = currentValue;
     const float step = increment;
+    const float target = targetValue;
     std::uint32_t written = 0;
     while (written < n)
     {
         if (remaining == 0)
         {
-            current = targetValue;
+            current = target;
             std::fill(out + written, out + n, current);
             break;
         }
         const auto k = static_cast<std::uint32_t>(std::min<std::uint64_t>(n - written, remaining));
-        const float end = current + static_cast<float>(k) * step;
+        // Never past the target nor away from it: a retarget landing between our reads of the
+        // fields may pair one glide's slope with another's length, and unchecked that error
+        // would feed the next glide's start and grow without bound.
+        float end = current + static_cast<float>(k) * step;
+        if (!(end >= std::min(current, target)))
+            end = std::min(current, target);
+        if (!(end <= std::max(current, target)))
+            end = std::max(current, target);
         if (k == 1)
         {
             out[written] = end;
