@@ -72,25 +72,31 @@ def render_patch(case, wav):
     settle = add("obj 10 70 delay 6000")
     go = add("obj 10 100 t b b b b")
     clear = add("msg 10 130 clear")
-    start = add("msg 100 130 start")
     play = add("obj 200 160 tabplay~ imp")
     verb = add("obj 10 200 tarvoverb~ " + case["args"])
-    record = add(f"obj 10 260 writesf~ {speakers}")
-    opener = add(f"msg 300 70 open -bytes 4 {wav}")
+    # Recorded into arrays and written by [soundfiler], which writes before it returns:
+    # writesf~ writes from a thread of its own, which a batch run may quit before.
+    frames = int(case["record_ms"] * 0.001 * case.get("rate", 44100)) + 1
+    names = [f"rec{outlet}" for outlet in range(speakers)]
+    recorders = []
+    for outlet, name in enumerate(names):
+        add(f"obj {300 + 60 * outlet} 230 table {name} {frames}")
+        recorders.append(add(f"obj {10 + 60 * outlet} 260 tabwrite~ {name}"))
     stop = add(f"obj 10 300 delay {case['record_ms']}")
-    stop_msg = add("msg 10 330 stop")
+    write = add(f"msg 10 330 write -bytes 4 {wav} {' '.join(names)}")
+    writer = add("obj 10 360 soundfiler")
     quit_delay = add("obj 100 300 delay 200")
     quit_msg = add("msg 100 330 \\; pd quit")
-    connects += [(load, 0, fan, 0), (fan, 2, fill, 0), (fan, 1, opener, 0), (fan, 0, settle, 0),
-                 (opener, 0, record, 0), (settle, 0, go, 0), (go, 3, clear, 0), (go, 2, start, 0),
-                 (go, 1, play, 0), (go, 0, stop, 0), (clear, 0, verb, 0), (start, 0, record, 0),
-                 (stop, 0, stop_msg, 0), (stop, 0, quit_delay, 0), (stop_msg, 0, record, 0),
+    connects += [(load, 0, fan, 0), (fan, 2, fill, 0), (fan, 0, settle, 0),
+                 (settle, 0, go, 0), (go, 3, clear, 0),
+                 (go, 1, play, 0), (go, 0, stop, 0), (clear, 0, verb, 0),
+                 (stop, 0, quit_delay, 0), (stop, 0, write, 0), (write, 0, writer, 0),
                  (quit_delay, 0, quit_msg, 0)]
     for inlet in range(sources):
         if case.get("impulse_source", 0) in (0, inlet + 1):
             connects.append((play, 0, verb, inlet))
     for outlet in range(speakers):
-        connects.append((verb, outlet, record, outlet))
+        connects += [(verb, outlet, recorders[outlet], 0), (go, 2, recorders[outlet], 0)]
     for i, message in enumerate(case.get("messages", [])):
         m = add(f"msg 300 {100 + 20 * i} {message}")
         connects.append((fan, 2, m, 0))
