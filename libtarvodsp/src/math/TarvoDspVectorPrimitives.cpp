@@ -141,44 +141,52 @@ Status dot(const T* a, const T* b, int n, T* result)
     *result = static_cast<T>(sum);
     return done;
 }
-/// The sums of `vectorAddProductsConstant32` over whole runs of four vectors, which stay in
-/// registers while every source adds into them; returns where the runs end.
-/// With `fromZero` the sums start at 0 instead of at `dst`, which is then only written.
+/// The sums of `vectorAddProductsConstant32` over `numVectors` vectors from `i`, which stay
+/// in registers while every source adds into them. With `fromZero` the sums start at 0
+/// instead of at `dst`, which is then only written.
+template <typename V, int numVectors, bool fromZero>
+ONDO_KERNEL_INLINE void addProductsRun(const float* const* srcs, const float* values, int count, float* dst, int i)
+{
+    constexpr int width = static_cast<int>(sizeof(V) / sizeof(float));
+    V sums[numVectors];
+#pragma GCC unroll 8
+    for (int v = 0; v < numVectors; ++v)
+    {
+        if constexpr (fromZero)
+            sums[v] = V{};
+        else
+            simd::load(sums[v], dst + i + v * width);
+    }
+    for (int k = 0; k < count; ++k)
+    {
+        const float* src = srcs[k] + i;
+        const float value = values[k];
+#pragma GCC unroll 8
+        for (int v = 0; v < numVectors; ++v)
+        {
+            V x;
+            simd::load(x, src + v * width);
+            sums[v] += x * value;
+        }
+    }
+#pragma GCC unroll 8
+    for (int v = 0; v < numVectors; ++v)
+        simd::store(dst + i + v * width, sums[v]);
+}
+
+/// Runs of eight vectors, enough independent sums to hide the latency of the additions,
+/// then single vectors; returns where the vectors end. Each sample's sum is the same
+/// whichever run it falls in.
 template <typename V, bool fromZero = false>
 ONDO_KERNEL_INLINE int addProductsInRuns(const float* const* srcs, const float* values, int count, float* dst, int n)
 {
     constexpr int width = static_cast<int>(sizeof(V) / sizeof(float));
-    constexpr int run = 4 * width;
+    constexpr int longRun = 8;
     int i = 0;
-    for (; i + run <= n; i += run)
-    {
-        V s0{}, s1{}, s2{}, s3{};
-        if constexpr (!fromZero)
-        {
-            simd::load(s0, dst + i);
-            simd::load(s1, dst + i + width);
-            simd::load(s2, dst + i + 2 * width);
-            simd::load(s3, dst + i + 3 * width);
-        }
-        for (int k = 0; k < count; ++k)
-        {
-            const float* src = srcs[k] + i;
-            const float value = values[k];
-            V x0, x1, x2, x3;
-            simd::load(x0, src);
-            simd::load(x1, src + width);
-            simd::load(x2, src + 2 * width);
-            simd::load(x3, src + 3 * width);
-            s0 += x0 * value;
-            s1 += x1 * value;
-            s2 += x2 * value;
-            s3 += x3 * value;
-        }
-        simd::store(dst + i, s0);
-        simd::store(dst + i + width, s1);
-        simd::store(dst + i + 2 * width, s2);
-        simd::store(dst + i + 3 * width, s3);
-    }
+    for (; i + longRun * width <= n; i += longRun * width)
+        addProductsRun<V, longRun, fromZero>(srcs, values, count, dst, i);
+    for (; i + width <= n; i += width)
+        addProductsRun<V, 1, fromZero>(srcs, values, count, dst, i);
     return i;
 }
 
