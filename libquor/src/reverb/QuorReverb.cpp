@@ -1,5 +1,7 @@
 #include "reverb/QuorReverb.h"
 
+#include "reverb/QuorLateColumns.h"
+
 #include "containers/TarvoDspBlockPieces.h"
 #include "math/TarvoDspVectorPrimitives.h"
 #include "math/TarvoDspWideVectors.h"
@@ -186,10 +188,6 @@ void Reverb::runChunk(std::uint32_t n)
             shelves.add(filters.getChannel(i), airFilters[i]->getSecondOrder().getShelf(), tap[i], lineReads[i], n);
         else
             shelves.add(filters.getChannel(i), tap[i], lineReads[i], n);
-    shelves.run(n);
-    // The output is taken from the filtered line before the input is added; the sum is then
-    // built in place, and the mixer writes the lines' next input out of place.
-    outputThenInjectAll(tap, in, out, numChannels, n, f, g);
     // Each chunk lands at the write position and only then moves it on, so chunks of any
     // sizes fill a line end to end, each sample once, and a sample comes back exactly its
     // delay later. A chunk is never longer than the shortest delay, so it never reads what
@@ -199,7 +197,23 @@ void Reverb::runChunk(std::uint32_t n)
         float* run = delays[i]->findWriteRun(n);
         lineWrites[i] = run != nullptr ? run : mix[i];
     }
-    shuffle.process(lineWrites.data(), tap, n);
+    // Steady lines run the rest of the chunk in one pass over columns of samples; else
+    // step by step: the output is taken from the filtered line before the input is added,
+    // the sum built in place, and the mixer writes the lines' next input out of place.
+    float* const* mixTargets =
+        canRunLateColumns(numChannels, f, g) ? shuffle.columnTargets(lineWrites.data()) : nullptr;
+    const ondo::FadedBiquadBatch::Steady steady =
+        mixTargets != nullptr ? shelves.takeSteady(numChannels) : ondo::FadedBiquadBatch::Steady{};
+    if (steady.first != nullptr)
+        runLateColumns({lineReads.data(), steady.first, steady.second, in, out, mixTargets, f, g,
+                        shuffle.getColumnGain()},
+                       numChannels, n);
+    else
+    {
+        shelves.run(n);
+        outputThenInjectAll(tap, in, out, numChannels, n, f, g);
+        shuffle.process(lineWrites.data(), tap, n);
+    }
     for (std::uint32_t i = 0; i < numChannels; ++i)
     {
         if (lineWrites[i] == mix[i])

@@ -26,7 +26,8 @@ Shuffle::Mode modeFor(std::uint32_t n)
 Shuffle::Shuffle(std::uint32_t n)
     : ondo::AudioProcessorWithOscInAudioInterrupt(n, n), numChannels(n), buffer(n, defaultBufferSize),
       scratch(defaultBufferSize), permutation(defaultPermutation(n)), channelPointers(permutation.size()),
-      mode(modeFor(n)), hadamardTransform(2, ondo::FastHadamardTransform::natural, false)
+      mode(modeFor(n)), columnGain(1.0f / std::sqrt(static_cast<float>(n))),
+      hadamardTransform(2, ondo::FastHadamardTransform::natural, false)
 {
     if (mode == hadamard || mode == mixed)
     {
@@ -83,13 +84,20 @@ void Shuffle::setBufferSize(std::uint32_t size)
     buffer.setSize(numChannels, size);
 }
 
-bool Shuffle::mixInColumns(float** outputs, float** inputs, std::uint32_t numSamples)
+float* const* Shuffle::columnTargets(float* const* outputs)
 {
-    // The transform writes mixed channel permutation[c] straight to output c, scaled.
+    if (mode != hadamard || hadamardTransform.getOrdering() != ondo::FastHadamardTransform::natural)
+        return nullptr;
+    // Mixed channel permutation[c] goes straight to output c.
     for (std::uint32_t c = 0; c < numChannels; ++c)
         channelPointers[permutationEnabled ? permutation[c] : c] = outputs[c];
-    const float gain = 1.0f / std::sqrt(static_cast<float>(numChannels));
-    return hadamardTransform.transformColumns(channelPointers.data(), inputs, numSamples, gain);
+    return channelPointers.data();
+}
+
+bool Shuffle::mixInColumns(float** outputs, float** inputs, std::uint32_t numSamples)
+{
+    float* const* targets = columnTargets(outputs);
+    return targets != nullptr && hadamardTransform.transformColumns(targets, inputs, numSamples, columnGain);
 }
 
 void Shuffle::process(float** outputs, float** inputs, std::uint32_t numSamples)
@@ -108,7 +116,7 @@ void Shuffle::process(float** outputs, float** inputs, std::uint32_t numSamples)
     {
     case hadamard:
         hadamardTransform.transform(mix, inputs, numSamples);
-        gain = 1.0f / std::sqrt(static_cast<float>(numChannels));
+        gain = columnGain;
         break;
     case mixed:
         for (std::uint32_t c = 0; c < numChannels; ++c)

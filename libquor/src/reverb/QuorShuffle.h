@@ -45,6 +45,14 @@ public:
     bool isPermutationEnabled() const { return permutationEnabled; }
     void setPermutationEnabled(bool enabled) { permutationEnabled = enabled; }
 
+    /// Where the mix writes mixed channel c when it runs a column of samples at a time in
+    /// registers (the natural-order Hadamard mix): entry c of the result, one of `outputs`
+    /// as the permutation places it. Each mixed channel is then scaled by `getColumnGain`.
+    /// For owners that fuse the mix with their own steps on a column; null when the mix
+    /// runs otherwise. Audio thread; real-time safe.
+    float* const* columnTargets(float* const* outputs);
+    float getColumnGain() const { return columnGain; }
+
     /// "householder", "hadamard", "mixed", "hadamard-quor3"; empty for other values.
     static std::string modeToText(std::uint32_t value);
     /// The permutation used for `numChannels`: tuned tables for 4, 6, 8, 12 and 16, a
@@ -63,6 +71,7 @@ private:
     ondo::Vector<float*> channelPointers;
     Mode mode;
     bool permutationEnabled = true;
+    float columnGain;
     ondo::FastHadamardTransform hadamardTransform;
 };
 } // namespace Quor

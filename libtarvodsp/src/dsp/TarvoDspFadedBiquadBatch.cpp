@@ -81,4 +81,22 @@ void FadedBiquadBatch::run(std::uint32_t numSamples)
     single.run(numSamples, false);
     pairs.run(numSamples, true);
 }
+
+FadedBiquadBatch::Steady FadedBiquadBatch::takeSteady(std::uint32_t count)
+{
+    const auto n = static_cast<int>(count);
+    if (n == 0)
+        return {};
+    if (single.size == n && pairs.size == 0)
+    {
+        single.size = 0;
+        return {single.firsts.data(), nullptr};
+    }
+    if (pairs.size == n && single.size == 0)
+    {
+        pairs.size = 0;
+        return {pairs.firsts.data(), pairs.seconds.data()};
+    }
+    return {};
+}
 } // namespace ondo

@@ -30,6 +30,18 @@ public:
     /// real-time safe.
     void run(std::uint32_t numSamples);
 
+    /// The channels taken since the last `run`, when all `count` of them were steady and of
+    /// one kind: each channel's instances, in the order taken (`second` null for single
+    /// stages). They are handed over instead of run: the caller runs those kernels for the
+    /// block itself, and the batch is empty again. Null `first` when not, the batch unchanged.
+    /// Audio thread; real-time safe.
+    struct Steady
+    {
+        BiquadIPP* const* first = nullptr;
+        BiquadIPP* const* second = nullptr;
+    };
+    Steady takeSteady(std::uint32_t count);
+
 private:
     /// Steady channels of one or two stages.
     struct Queue

@@ -1,6 +1,6 @@
 #include "dsp/TarvoDspFastHadamardTransform.h"
 
-#include "math/TarvoDspWideVectors.h"
+#include "dsp/TarvoDspHadamardColumn.h"
 
 #include <algorithm>
 #include <bit>
@@ -17,32 +17,15 @@ using simd::Floats8;
 using simd::load;
 using simd::store;
 
-/// Every stage of the natural-order network on one column of samples held in registers,
-/// each sum and difference the same as in the stage-by-stage passes; then the gain. The
-/// loops are unrolled whole so that the column never leaves the registers.
+/// The natural-order network on one column of samples held in registers, then the gain.
 template <std::uint32_t size, bool scaled, typename V>
 ONDO_KERNEL_INLINE void butterflyColumn(float* const* out, const float* const* in, std::uint32_t at, float gain)
 {
-    constexpr std::uint32_t numStages = std::bit_width(size) - 1;
     V x[size];
 #pragma GCC unroll 16
     for (std::uint32_t c = 0; c < size; ++c)
         load(x[c], in[c] + at);
-#pragma GCC unroll 4
-    for (std::uint32_t s = 0; s < numStages; ++s)
-    {
-        const std::uint32_t half = (size >> s) / 2;
-#pragma GCC unroll 16
-        for (std::uint32_t k = 0; k < size / 2; ++k)
-        {
-            // Pair k of the stage: channel c of its group, and the one half a span on.
-            const std::uint32_t c = (k / half) * 2 * half + k % half;
-            const V a = x[c];
-            const V b = x[c + half];
-            x[c] = a + b;
-            x[c + half] = a - b;
-        }
-    }
+    hadamardColumn<size>(x);
 #pragma GCC unroll 16
     for (std::uint32_t c = 0; c < size; ++c)
     {
