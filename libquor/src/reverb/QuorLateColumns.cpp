@@ -50,7 +50,7 @@ ONDO_KERNEL_INLINE void storeRow(float* samples, const V& row, int m)
 
 /// The chunk, with the filters' taps laid out lane-major and their delay lines in
 /// registers from column to column.
-template <typename V, int numGroups, int numStages>
+template <typename V, int numGroups, int numStages, bool summed>
 struct Pass
 {
     static constexpr int width = widthOf<V>;
@@ -98,9 +98,17 @@ struct Pass
             // Line by line, the output written before the input is read, as separate
             // passes over the lines would do where the two share samples.
             const V t = x[l];
-            storeRow<whole>(chunk.outputs[l] + start, t * chunk.outputFactor, m);
+            const V output = t * chunk.outputFactor;
+            storeRow<whole>(chunk.outputs[l] + start, output, m);
             V in;
             loadRow<whole>(in, chunk.inputs[l] + start, m);
+            if constexpr (summed)
+            {
+                V sum{};
+                sum += in * chunk.dry;
+                sum += output * chunk.wet;
+                storeRow<whole>(chunk.sums[l] + start, sum, m);
+            }
             x[l] = t + in * chunk.inputGain;
         }
         ondo::hadamardColumn<numLines>(x);
@@ -121,20 +129,29 @@ struct Pass
     }
 };
 
-template <typename V, int numGroups>
-ONDO_KERNEL_INLINE void runGroups(const LateColumns& chunk, int numSamples)
+template <typename V, int numGroups, int numStages>
+ONDO_KERNEL_INLINE void runStages(const LateColumns& chunk, int numSamples)
 {
     // Left uninitialised: `begin` fills every field.
-    if (chunk.airs != nullptr)
+    if (chunk.sums != nullptr)
     {
-        Pass<V, numGroups, 2> pass;
+        Pass<V, numGroups, numStages, true> pass;
         pass.run(chunk, numSamples);
     }
     else
     {
-        Pass<V, numGroups, 1> pass;
+        Pass<V, numGroups, numStages, false> pass;
         pass.run(chunk, numSamples);
     }
+}
+
+template <typename V, int numGroups>
+ONDO_KERNEL_INLINE void runGroups(const LateColumns& chunk, int numSamples)
+{
+    if (chunk.airs != nullptr)
+        runStages<V, numGroups, 2>(chunk, numSamples);
+    else
+        runStages<V, numGroups, 1>(chunk, numSamples);
 }
 
 template <typename V>

@@ -29,6 +29,11 @@ struct LateColumns
     float outputFactor;
     float inputGain;
     float mixGain;
+    /// Each line's sum, or null: from 0, plus the input times `dry`, plus the output times
+    /// `wet`.
+    float* const* sums;
+    float dry;
+    float wet;
 };
 
 /// Whether `runLateColumns` takes such a chunk: 8 or 16 lines, and neither factor 0 (whose

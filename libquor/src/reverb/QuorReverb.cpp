@@ -119,6 +119,7 @@ Reverb::Reverb(std::uint32_t numChannels)
     // The block views know their channel counts from the start, so the first block allocates nothing.
     inputsReference.setSize(numChannels, 0);
     outputsReference.setSize(numChannels, 0);
+    sumsReference.setSize(numChannels, 0);
     inputGain.setSampleRate(sampleRate);
     decayRamp.setSampleRate(sampleRate);
     inputGain.setTarget(1.0f, true);
@@ -158,8 +159,42 @@ void Reverb::process(float** outputs, float** inputs, std::uint32_t numSamples)
         decayRamp.advance(numSamples);
         updateDecay(false);
     }
+    summing = false;
     ondo::forEachPiece(inputsReference, inputs, numChannels, outputsReference, outputs, numChannels, numSamples,
                        getChunkLimit(), [this](std::uint32_t n) { runChunk(n); });
+}
+
+void Reverb::processWithSums(float** outputs, float** inputs, float** sums, float dry, float wet,
+                             std::uint32_t numSamples)
+{
+    if (decayRamp.isRunning())
+    {
+        decayRamp.advance(numSamples);
+        updateDecay(false);
+    }
+    summing = true;
+    dryFactor = dry;
+    wetFactor = wet;
+    std::uint32_t done = 0;
+    ondo::forEachPiece(inputsReference, inputs, numChannels, outputsReference, outputs, numChannels, numSamples,
+                       getChunkLimit(), [&](std::uint32_t n) {
+                           sumsReference.refer(sums, numChannels, n, done);
+                           runChunk(n);
+                           done += n;
+                       });
+}
+
+void Reverb::mixSums(std::uint32_t n)
+{
+    float** in = inputsReference.getChannels();
+    float** out = outputsReference.getChannels();
+    float** sums = sumsReference.getChannels();
+    const float factors[2] = {dryFactor, wetFactor};
+    for (std::uint32_t c = 0; c < numChannels; ++c)
+    {
+        const float* terms[2] = {in[c], out[c]};
+        vectorProductsConstant32(terms, factors, 2, sums[c], static_cast<int>(n));
+    }
 }
 
 void Reverb::runChunk(std::uint32_t n)
@@ -206,12 +241,15 @@ void Reverb::runChunk(std::uint32_t n)
         mixTargets != nullptr ? shelves.takeSteady(numChannels) : ondo::FadedBiquadBatch::Steady{};
     if (steady.first != nullptr)
         runLateColumns({lineReads.data(), steady.first, steady.second, in, out, mixTargets, f, g,
-                        shuffle.getColumnGain()},
+                        shuffle.getColumnGain(), summing ? sumsReference.getChannels() : nullptr, dryFactor,
+                        wetFactor},
                        numChannels, n);
     else
     {
         shelves.run(n);
         outputThenInjectAll(tap, in, out, numChannels, n, f, g);
+        if (summing)
+            mixSums(n);
         shuffle.process(lineWrites.data(), tap, n);
     }
     for (std::uint32_t i = 0; i < numChannels; ++i)

@@ -41,6 +41,12 @@ public:
 
     /// Audio thread; real-time safe.
     void process(float** outputs, float** inputs, std::uint32_t numSamples) override;
+    /// `process`, and besides each line's mix of its input and output into `sums`: from 0,
+    /// plus the input times `dry`, plus the output times `wet`, in that order. In the same
+    /// pass as the network where it can. `sums` are neither inputs nor outputs. Audio
+    /// thread; real-time safe.
+    void processWithSums(float** outputs, float** inputs, float** sums, float dry, float wet,
+                         std::uint32_t numSamples);
     /// "/delays" (one number a line; any other count changes nothing), "/numdelays"
     /// (accepted, no change), "/tr0" (floored at 0.1 s), "/trl", "/trm", "/trh", "/fl", "/fh",
     /// "/air" and "/air/enable" b, "/air/freq" n, "/infinite" b; decay changes glide. No "/dsp"
@@ -111,6 +117,8 @@ public:
 
 private:
     void runChunk(std::uint32_t n);
+    /// The mix of `processWithSums` over the chunk's lines, after the network ran.
+    void mixSums(std::uint32_t n);
 
     std::uint32_t numChannels;
     ondo::RelaxedAtomic<float> tr0 = 1.995f;
@@ -132,6 +140,11 @@ private:
     /// Where each line's chunk is read from and written to: in the line, or a buffer.
     ondo::Vector<const float*> lineReads;
     ondo::Vector<float*> lineWrites;
+    /// Whether the block asks for sums, where the chunk's go, and their factors.
+    bool summing = false;
+    ondo::AudioBufferReference<float> sumsReference;
+    float dryFactor = 0.0f;
+    float wetFactor = 0.0f;
     Delgen delgen;
     ondo::AudioBuffer<float> tapBuffer;
     ondo::AudioBuffer<float> mixBuffer;

@@ -287,7 +287,19 @@ void TarvoVerb::renderBlock(std::uint32_t n)
     float* const* earlyChannels = early.processInPlace(earlyBuffer.getChannels(), room, n);
     float* const* clusterChannels =
         cluster.processInPlace(clusterBuffer.getChannels(), const_cast<float**>(earlyChannels), n);
-    reverb.process(reverbChannels, const_cast<float**>(clusterChannels), n);
+    // The cluster through its shelf, joined by the late reverberation unfiltered. Past a
+    // flat shelf both join in the reverberator's own pass, with the same sums.
+    const float clusterFactor = gC * s;
+    const float reverbFactor = gR * s;
+    const bool clusterFlat = clusterFilter.beginBlock();
+    if (clusterFlat)
+    {
+        clusterFilter.passBlock();
+        reverb.processWithSums(reverbChannels, const_cast<float**>(clusterChannels), late, clusterFactor,
+                               reverbFactor, n);
+    }
+    else
+        reverb.process(reverbChannels, const_cast<float**>(clusterChannels), n);
 
     // The three panners add into the outputs in turn. Those whose gains stand still hand
     // over their terms instead, and each output is then written in one pass with the same
@@ -307,21 +319,7 @@ void TarvoVerb::renderBlock(std::uint32_t n)
     earlyFilter.process(pair, pair, n);
     mixIntoOutputs(*panEarly, pair, n);
 
-    // Cluster through its shelf; the late reverberation joins after it, unfiltered. Past a
-    // flat shelf both join in one pass, with the same sums.
-    const float clusterFactor = gC * s;
-    const float reverbFactor = gR * s;
-    if (clusterFilter.beginBlock())
-    {
-        clusterFilter.passBlock();
-        for (std::uint32_t c = 0; c < N; ++c)
-        {
-            const float* terms[2] = {clusterChannels[c], reverbChannels[c]};
-            const float factors[2] = {clusterFactor, reverbFactor};
-            vectorProductsConstant32(terms, factors, 2, late[c], count);
-        }
-    }
-    else
+    if (!clusterFlat)
     {
         for (std::uint32_t c = 0; c < N; ++c)
             vectorMultiplyConstant32(clusterChannels[c], clusterFactor, late[c], count);

@@ -31,8 +31,9 @@ struct LineFilters
 // The one-pass chunk must give, bit for bit, what its steps give one after the other: each
 // line through its own filters, the output scaled, the input added, the stage-by-stage
 // Hadamard transform and the gain, written where the targets say; and the filters must
-// carry on alike over chunks. Both bodies, one or two stages, chunks that end inside a
-// column, and outputs that land on the inputs (read after they are written).
+// carry on alike over chunks; with sums, each line's input and output summed from 0 in that
+// order. Both bodies, one or two stages, chunks that end inside a column, and outputs that
+// land on the inputs (read after they are written).
 TEST(LateColumns, OnePassEqualsTheStepsInTurn)
 {
     for (bool wide : {true, false})
@@ -57,11 +58,15 @@ TEST(LateColumns, OnePassEqualsTheStepsInTurn)
                         ondo::FastHadamardTransform hadamard(lines, ondo::FastHadamardTransform::natural, false);
                         for (std::uint32_t chunk = 0; chunk < 3; ++chunk)
                         {
+                            const bool summed = chunk == 1;
+                            const float dry = 0.3f;
+                            const float wet = -1.7f;
                             std::vector<std::vector<float>> reads(lines), inputs(lines), outputs(lines),
-                                mixed(lines, std::vector<float>(n)), expectedOut(lines, std::vector<float>(n)),
-                                expectedMixed(lines, std::vector<float>(n));
+                                mixed(lines, std::vector<float>(n)), sums(lines, std::vector<float>(n)),
+                                expectedOut(lines, std::vector<float>(n)), expectedMixed(lines, std::vector<float>(n)),
+                                expectedSums(lines, std::vector<float>(n));
                             std::vector<const float*> readPointers, inputPointers;
-                            std::vector<float*> outputPointers, mixedPointers, steps;
+                            std::vector<float*> outputPointers, mixedPointers, sumPointers, steps;
                             for (std::uint32_t l = 0; l < lines; ++l)
                             {
                                 reads[l] = tarvo::testing::seededNoise(static_cast<std::size_t>(n), 31 * chunk + l);
@@ -74,7 +79,10 @@ TEST(LateColumns, OnePassEqualsTheStepsInTurn)
                                 for (int i = 0; i < n; ++i)
                                 {
                                     expectedOut[l][i] = t[i] * f;
-                                    expectedMixed[l][i] = t[i] + (shared ? expectedOut[l][i] : inputs[l][i]) * g;
+                                    const float x = shared ? expectedOut[l][i] : inputs[l][i];
+                                    expectedMixed[l][i] = t[i] + x * g;
+                                    expectedSums[l][i] = 0.0f + x * dry;
+                                    expectedSums[l][i] += expectedOut[l][i] * wet;
                                 }
                                 readPointers.push_back(reads[l].data());
                                 // Shared: the pass reads and writes the same samples.
@@ -82,6 +90,7 @@ TEST(LateColumns, OnePassEqualsTheStepsInTurn)
                                 outputPointers.push_back(outputs[l].data());
                                 // The targets run backwards, as a permutation places them.
                                 mixedPointers.push_back(mixed[lines - 1 - l].data());
+                                sumPointers.push_back(sums[l].data());
                                 steps.push_back(expectedMixed[l].data());
                             }
                             hadamard.transform(steps.data(), static_cast<std::uint32_t>(n));
@@ -92,7 +101,7 @@ TEST(LateColumns, OnePassEqualsTheStepsInTurn)
                             ASSERT_TRUE(Quor::canRunLateColumns(lines, f, g));
                             Quor::runLateColumns({readPointers.data(), shelves.data(), air ? airs.data() : nullptr,
                                                   inputPointers.data(), outputPointers.data(), mixedPointers.data(), f,
-                                                  g, gain},
+                                                  g, gain, summed ? sumPointers.data() : nullptr, dry, wet},
                                                  lines, static_cast<std::uint32_t>(n));
                             for (std::uint32_t l = 0; l < lines; ++l)
                             {
@@ -101,6 +110,10 @@ TEST(LateColumns, OnePassEqualsTheStepsInTurn)
                                                    << n << " shared " << shared << " chunk " << chunk << " line " << l;
                                 ASSERT_EQ(outputs[l], expectedOut[l]) << where;
                                 ASSERT_EQ(mixed[lines - 1 - l], expectedMixed[l]) << where;
+                                if (summed)
+                                {
+                                    ASSERT_EQ(sums[l], expectedSums[l]) << where;
+                                }
                             }
                         }
                     }

@@ -263,4 +263,53 @@ TEST(Reverb, ProcessAllocatesNothingAndLeavesNoDenormals)
     EXPECT_EQ(scope.count(), 0u);
     EXPECT_FALSE(denormal);
 }
+// The sums must be the same whether a chunk runs in one pass or step by step: line counts
+// with and without the one-pass kernel, blocks cut into unequal chunks, a decay change that
+// crossfades the shelves for a while, and air switched on halfway. The output must not
+// change with the sums asked for, and no block may allocate.
+TEST(Reverb, SumsOfInputAndOutputAreTheSameInEveryPath)
+{
+    const float dry = 0.35f;
+    const float wet = 0.6f;
+    for (std::uint32_t lines : {4u, 8u, 12u, 16u})
+    {
+        Reverb plain(lines), summing(lines);
+        ChannelBlock in(lines, 100), out(lines, 100), summedOut(lines, 100), sums(lines, 100);
+        std::size_t allocations = 0;
+        for (int block = 0; block < 120; ++block)
+        {
+            for (Reverb* reverb : {&plain, &summing})
+            {
+                if (block == 40)
+                    reverb->setTr0(3.0f, false);
+                if (block == 80)
+                    reverb->setAirEnabled(true);
+            }
+            for (std::uint32_t c = 0; c < lines; ++c)
+            {
+                const auto noise = tarvo::testing::seededNoise(100, 1000u * c + static_cast<std::uint32_t>(block));
+                std::copy(noise.begin(), noise.end(), in.data[c].begin()); // the pointers stay valid
+            }
+            plain.process(out.pointers.data(), in.pointers.data(), 100);
+            {
+                tarvo::testing::AllocationScope scope;
+                summing.processWithSums(summedOut.pointers.data(), in.pointers.data(), sums.pointers.data(), dry,
+                                        wet, 100);
+                allocations += scope.count();
+            }
+            for (std::uint32_t c = 0; c < lines; ++c)
+            {
+                ASSERT_EQ(summedOut.data[c], out.data[c]) << lines << " lines, block " << block;
+                std::vector<float> expected(100);
+                for (std::size_t i = 0; i < expected.size(); ++i)
+                {
+                    expected[i] = 0.0f + in.data[c][i] * dry;
+                    expected[i] += out.data[c][i] * wet;
+                }
+                ASSERT_EQ(sums.data[c], expected) << lines << " lines, block " << block << ", line " << c;
+            }
+        }
+        EXPECT_EQ(allocations, 0u) << lines << " lines";
+    }
+}
 } // namespace
