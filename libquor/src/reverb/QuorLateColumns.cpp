@@ -154,41 +154,29 @@ ONDO_KERNEL_INLINE void runGroups(const LateColumns& chunk, int numSamples)
         runStages<V, numGroups, 1>(chunk, numSamples);
 }
 
-template <typename V>
-ONDO_KERNEL_INLINE void runColumns(const LateColumns& chunk, std::uint32_t numLines, int numSamples)
-{
-    constexpr auto width = static_cast<std::uint32_t>(widthOf<V>);
-    if (numLines == width)
-        runGroups<V, 1>(chunk, numSamples);
-    else if (numLines == 2 * width)
-        runGroups<V, 2>(chunk, numSamples);
-    else if constexpr (width == 4)
-        runGroups<V, 4>(chunk, numSamples);
-}
-
 #if ONDO_WIDE_VECTORS
-ONDO_WIDE_VECTORS_TARGET void runColumnsWide(const LateColumns& chunk, std::uint32_t numLines, int numSamples)
+ONDO_WIDE_VECTORS_TARGET void runColumnsWide(const LateColumns& chunk, int numSamples)
 {
-    runColumns<Floats8>(chunk, numLines, numSamples);
+    runGroups<Floats8, 1>(chunk, numSamples);
 }
 #endif
 } // namespace
 
 bool canRunLateColumns(std::uint32_t numLines, float outputFactor, float inputGain)
 {
-    return (numLines == 8 || numLines == 16) && outputFactor != 0.0f && inputGain != 0.0f;
+    return numLines == lateColumnsLines && outputFactor != 0.0f && inputGain != 0.0f;
 }
 
-void runLateColumns(const LateColumns& chunk, std::uint32_t numLines, std::uint32_t numSamples)
+void runLateColumns(const LateColumns& chunk, std::uint32_t numSamples)
 {
     const auto n = static_cast<int>(numSamples);
 #if ONDO_WIDE_VECTORS
     if (ondo::simd::useWideVectors())
     {
-        runColumnsWide(chunk, numLines, n);
+        runColumnsWide(chunk, n);
         return;
     }
 #endif
-    runColumns<Floats4>(chunk, numLines, n);
+    runGroups<Floats4, 2>(chunk, n);
 }
 } // namespace Quor
