@@ -48,6 +48,23 @@ ONDO_KERNEL_INLINE void storeRow(float* samples, const V& row, int m)
     }
 }
 
+/// The chunk's factors, each in every lane once: read from the chunk at each use, they would
+/// be read again after every store, which might have changed them.
+template <typename V>
+struct Factors
+{
+    V output, input, mix, dry, wet;
+
+    explicit Factors(const LateColumns& chunk)
+    {
+        output = chunk.outputFactor - V{};
+        input = chunk.inputGain - V{};
+        mix = chunk.mixGain - V{};
+        dry = chunk.dry - V{};
+        wet = chunk.wet - V{};
+    }
+};
+
 /// The chunk, with the filters' taps laid out lane-major and their delay lines in
 /// registers from column to column.
 template <typename V, int numGroups, int numStages, bool summed>
@@ -83,7 +100,7 @@ struct Pass
 
     /// `m` samples from `start`, a whole column when `whole`.
     template <bool whole>
-    ONDO_KERNEL_INLINE void column(const LateColumns& chunk, int start, int m)
+    ONDO_KERNEL_INLINE void column(const LateColumns& chunk, const Factors<V>& factor, int start, int m)
     {
         Column<V, numGroups> x;
 #pragma GCC unroll 16
@@ -98,33 +115,34 @@ struct Pass
             // Line by line, the output written before the input is read, as separate
             // passes over the lines would do where the two share samples.
             const V t = x[l];
-            const V output = t * chunk.outputFactor;
+            const V output = t * factor.output;
             storeRow<whole>(chunk.outputs[l] + start, output, m);
             V in;
             loadRow<whole>(in, chunk.inputs[l] + start, m);
             if constexpr (summed)
             {
                 V sum{};
-                sum += in * chunk.dry;
-                sum += output * chunk.wet;
+                sum += in * factor.dry;
+                sum += output * factor.wet;
                 storeRow<whole>(chunk.sums[l] + start, sum, m);
             }
-            x[l] = t + in * chunk.inputGain;
+            x[l] = t + in * factor.input;
         }
         ondo::hadamardColumn<numLines>(x);
 #pragma GCC unroll 16
         for (int l = 0; l < numLines; ++l)
-            storeRow<whole>(chunk.mixed[l] + start, x[l] * chunk.mixGain, m);
+            storeRow<whole>(chunk.mixed[l] + start, x[l] * factor.mix, m);
     }
 
     ONDO_KERNEL_INLINE void run(const LateColumns& chunk, int numSamples)
     {
         begin(chunk);
+        const Factors<V> factors(chunk);
         int start = 0;
         for (; start + width <= numSamples; start += width)
-            column<true>(chunk, start, width);
+            column<true>(chunk, factors, start, width);
         if (start < numSamples)
-            column<false>(chunk, start, numSamples - start);
+            column<false>(chunk, factors, start, numSamples - start);
         end();
     }
 };
