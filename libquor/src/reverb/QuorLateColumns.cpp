@@ -11,16 +11,6 @@ namespace
 {
 using namespace ondo::lanes;
 
-/// A column of every line's samples: a row each, rows in groups of a lane per line.
-template <typename V, int numGroups>
-struct Column
-{
-    static constexpr int width = widthOf<V>;
-    V rows[numGroups][width];
-
-    ONDO_KERNEL_INLINE V& operator[](std::uint32_t line) { return rows[line / width][line % width]; }
-};
-
 /// A row of `m` samples (all with `whole`), the rest zeros.
 template <bool whole, typename V>
 ONDO_KERNEL_INLINE void loadRow(V& row, const float* samples, int m)
@@ -71,7 +61,6 @@ template <typename V, int numGroups, int numStages, bool summed>
 struct Pass
 {
     static constexpr int width = widthOf<V>;
-    static constexpr int numLines = width * numGroups;
     Lanes<V> stages[numGroups][numStages];
     V z0[numGroups][numStages];
     V z1[numGroups][numStages];
@@ -98,40 +87,79 @@ struct Pass
             }
     }
 
-    /// `m` samples from `start`, a whole column when `whole`.
+    /// One group's rows of `m` samples from `start` (all with `whole`), its lines from
+    /// `first`: read, filtered, the output taken, the sum made and the input added.
     template <bool whole>
-    ONDO_KERNEL_INLINE void column(const LateColumns& chunk, const Factors<V>& factor, int start, int m)
+    ONDO_KERNEL_INLINE void lineSteps(const LateColumns& chunk, const Factors<V>& factor, V (&x)[width], int group,
+                                      int start, int m)
     {
-        Column<V, numGroups> x;
-#pragma GCC unroll 16
-        for (int l = 0; l < numLines; ++l)
-            loadRow<whole>(x[l], chunk.reads[l] + start, m);
-#pragma GCC unroll 4
-        for (int g = 0; g < numGroups; ++g)
-            filterRows<V, numStages, whole>(stages[g], x.rows[g], z0[g], z1[g], m);
-#pragma GCC unroll 16
-        for (int l = 0; l < numLines; ++l)
+        const int first = width * group;
+#pragma GCC unroll 8
+        for (int l = 0; l < width; ++l)
+            loadRow<whole>(x[l], chunk.reads[first + l] + start, m);
+        filterRows<V, numStages, whole>(stages[group], x, z0[group], z1[group], m);
+#pragma GCC unroll 8
+        for (int l = 0; l < width; ++l)
         {
             // Line by line, the output written before the input is read, as separate
             // passes over the lines would do where the two share samples.
+            const int line = first + l;
             const V t = x[l];
             const V output = t * factor.output;
-            storeRow<whole>(chunk.outputs[l] + start, output, m);
+            storeRow<whole>(chunk.outputs[line] + start, output, m);
             V in;
-            loadRow<whole>(in, chunk.inputs[l] + start, m);
+            loadRow<whole>(in, chunk.inputs[line] + start, m);
             if constexpr (summed)
             {
                 V sum{};
                 sum += in * factor.dry;
                 sum += output * factor.wet;
-                storeRow<whole>(chunk.sums[l] + start, sum, m);
+                storeRow<whole>(chunk.sums[line] + start, sum, m);
             }
             x[l] = t + in * factor.input;
         }
-        ondo::hadamardColumn<numLines>(x);
-#pragma GCC unroll 16
-        for (int l = 0; l < numLines; ++l)
-            storeRow<whole>(chunk.mixed[l] + start, x[l] * factor.mix, m);
+    }
+
+    /// The network's remaining stages on one group's rows, the gain, and out to the targets.
+    template <bool whole>
+    ONDO_KERNEL_INLINE void mixOut(const LateColumns& chunk, const Factors<V>& factor, V (&x)[width], int group,
+                                   int start, int m)
+    {
+        ondo::hadamardColumn<width>(x);
+#pragma GCC unroll 8
+        for (int l = 0; l < width; ++l)
+            storeRow<whole>(chunk.mixed[width * group + l] + start, x[l] * factor.mix, m);
+    }
+
+    /// `m` samples from `start`, a whole column when `whole`.
+    template <bool whole>
+    ONDO_KERNEL_INLINE void column(const LateColumns& chunk, const Factors<V>& factor, int start, int m)
+    {
+        V x[width];
+        if constexpr (numGroups == 1)
+        {
+            lineSteps<whole>(chunk, factor, x, 0, start, m);
+            mixOut<whole>(chunk, factor, x, 0, start, m);
+        }
+        else
+        {
+            // Two groups: the network's first stage joins each line of the first with the
+            // same line of the second; the rest runs within each group. So only one group's
+            // rows need the registers at a time.
+            V firstGroup[width];
+            lineSteps<whole>(chunk, factor, firstGroup, 0, start, m);
+            lineSteps<whole>(chunk, factor, x, 1, start, m);
+#pragma GCC unroll 8
+            for (int l = 0; l < width; ++l)
+            {
+                const V a = firstGroup[l];
+                const V b = x[l];
+                firstGroup[l] = a + b;
+                x[l] = a - b;
+            }
+            mixOut<whole>(chunk, factor, x, 1, start, m);
+            mixOut<whole>(chunk, factor, firstGroup, 0, start, m);
+        }
     }
 
     ONDO_KERNEL_INLINE void run(const LateColumns& chunk, int numSamples)
@@ -173,25 +201,31 @@ ONDO_KERNEL_INLINE void runGroups(const LateColumns& chunk, int numSamples)
 }
 
 #if ONDO_WIDE_VECTORS
-ONDO_WIDE_VECTORS_TARGET void runColumnsWide(const LateColumns& chunk, int numSamples)
+ONDO_WIDE_VECTORS_TARGET void runColumnsWide(const LateColumns& chunk, std::uint32_t numLines, int numSamples)
 {
-    runGroups<Floats8, 1>(chunk, numSamples);
+    if (numLines == 8)
+        runGroups<Floats8, 1>(chunk, numSamples);
+    else
+        runGroups<Floats8, 2>(chunk, numSamples);
 }
 #endif
 } // namespace
 
 bool canRunLateColumns(std::uint32_t numLines, float outputFactor, float inputGain)
 {
-    return numLines == lateColumnsLines && outputFactor != 0.0f && inputGain != 0.0f;
+    // Sixteen lines are two groups of eight lanes in the wider body; the baseline's four
+    // lanes take eight lines in two groups.
+    const bool lines = numLines == 8 || (numLines == 16 && ondo::simd::useWideVectors());
+    return lines && outputFactor != 0.0f && inputGain != 0.0f;
 }
 
-void runLateColumns(const LateColumns& chunk, std::uint32_t numSamples)
+void runLateColumns(const LateColumns& chunk, std::uint32_t numLines, std::uint32_t numSamples)
 {
     const auto n = static_cast<int>(numSamples);
 #if ONDO_WIDE_VECTORS
     if (ondo::simd::useWideVectors())
     {
-        runColumnsWide(chunk, n);
+        runColumnsWide(chunk, numLines, n);
         return;
     }
 #endif

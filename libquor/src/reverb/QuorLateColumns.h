@@ -36,14 +36,11 @@ struct LateColumns
     float wet;
 };
 
-/// The lines a one-pass chunk takes: a column of them fits the registers. With more, the
-/// column spills and the steps run faster in turn.
-constexpr std::uint32_t lateColumnsLines = 8;
-
-/// Whether `runLateColumns` takes such a chunk: `lateColumnsLines` lines, and neither
-/// factor 0 (whose shortcuts, exact zeros, the step-by-step chunk keeps).
+/// Whether `runLateColumns` takes such a chunk: 8 lines, or 16 where the wider vector
+/// body runs, and neither factor 0 (whose shortcuts, exact zeros, the step-by-step chunk
+/// keeps).
 bool canRunLateColumns(std::uint32_t numLines, float outputFactor, float inputGain);
 
 /// The chunk of `numSamples`, when `canRunLateColumns`. Audio thread; real-time safe.
-void runLateColumns(const LateColumns& chunk, std::uint32_t numSamples);
+void runLateColumns(const LateColumns& chunk, std::uint32_t numLines, std::uint32_t numSamples);
 } // namespace Quor

@@ -243,7 +243,7 @@ void Reverb::runChunk(std::uint32_t n)
         runLateColumns({lineReads.data(), steady.first, steady.second, in, out, mixTargets, f, g,
                         shuffle.getColumnGain(), summing ? sumsReference.getChannels() : nullptr, dryFactor,
                         wetFactor},
-                       n);
+                       numChannels, n);
     else
     {
         shelves.run(n);
