@@ -3,6 +3,7 @@
 #include "containers/TarvoDspBlockPieces.h"
 #include "math/TarvoDspNonFinite.h"
 #include "math/TarvoDspVectorPrimitives.h"
+#include "reverb/QuorSourceSends.h"
 
 #include <algorithm>
 #include <cmath>
@@ -116,6 +117,7 @@ void TarvoVerb::configure(float rate, std::uint32_t size, std::uint32_t numSourc
     sourceRoomGain.assign(numSources, ondo::Ramp());
     earlyGains = std::vector<ondo::RelaxedAtomic<float>>(numInternals, 1.0f);
     roomSendGains.resize(numSources);
+    directGains.resize(numSources);
     // Room for every term the three panners can bring to one speaker.
     outputTerms.assign(numSpeakers, ondo::MixTerms());
     for (ondo::MixTerms& terms : outputTerms)
@@ -225,9 +227,6 @@ void TarvoVerb::clear()
 
 void TarvoVerb::process(float** outputs, float** inputs, std::uint32_t numSamples)
 {
-    // One NaN let into a recursive stage would stay there for good.
-    for (std::uint32_t c = 0; inputs != nullptr && c < numInputs; ++c)
-        nonFiniteInputCount = nonFiniteInputCount + ondo::NonFinite::zeroSamples(inputs[c], numSamples);
     // Blocks longer than the buffers are served in pieces, so nothing is ever written past them.
     const auto capacity = static_cast<std::uint32_t>(directBuffer.getNumSamples());
     ondo::forEachPiece(inputsReference, inputs, numInputs, outputsReference, outputs, numOutputs, numSamples, capacity,
@@ -258,29 +257,33 @@ void TarvoVerb::renderBlock(std::uint32_t n)
     const float gR = reverbGain.getValue(0);
     reverbGain.advance(n);
 
-    // Sources through their shelves, then into the mono room bus at their distance gains. A
-    // flat shelf leaves the sources as they are: both paths then read the inputs themselves.
+    // Sources through their shelves, then into the mono room bus at their distance gains,
+    // and to the direct sound at theirs, while the inputs are sure to be intact (a host may
+    // hand the same buffers as inputs and outputs). A flat shelf leaves the sources as they
+    // are: the pass then reads the inputs themselves and cleans them on the way; past a shelf
+    // they are cleaned before it.
     const bool directFlat = directFilter.beginBlock();
+    std::uint64_t nonFinite = 0;
     if (directFlat)
         directFilter.passBlock();
     else
+    {
+        for (std::uint32_t i = 0; i < S; ++i)
+            nonFinite += ondo::NonFinite::zeroSamples(in[i], n);
         directFilter.process(direct, in, n);
-    float** sources = directFlat ? in : direct;
+    }
     for (std::uint32_t i = 0; i < S; ++i)
     {
         roomSendGains[i] = sourceRoomGain[i].getValue(0);
         sourceRoomGain[i].advance(n);
-    }
-    vectorProductsConstant32(sources, roomSendGains.data(), static_cast<int>(S), room[0], count);
-    roomFilter.process(room, room, n);
-    // The direct sound at its gains, while the inputs are sure to be intact: a host may hand
-    // the same buffers as inputs and outputs.
-    for (std::uint32_t i = 0; i < S; ++i)
-    {
-        const float g = sourceDirectGain[i].getValue(0);
+        directGains[i] = sourceDirectGain[i].getValue(0) * gD * r * s;
         sourceDirectGain[i].advance(n);
-        vectorMultiplyConstant32(sources[i], g * gD * r * s, direct[i], count);
     }
+    nonFinite += runSourceSends({directFlat ? in : direct, roomSendGains.data(), directGains.data(), room[0], direct},
+                                S, n);
+    if (nonFinite > 0)
+        nonFiniteInputCount = nonFiniteInputCount + nonFinite;
+    roomFilter.process(room, room, n);
 
     // The room chain, in series: each stage feeds the next. The early and cluster stages
     // leave their output in their own lines where they can, and the rest reads it there.

@@ -202,6 +202,8 @@ private:
     std::vector<ondo::RelaxedAtomic<float>> earlyGains;
     /// The sources' room sends of the present block.
     ondo::Vector<float> roomSendGains;
+    /// Each source's direct gain for the block, every factor of the direct path in one.
+    ondo::Vector<float> directGains;
     /// The early channels that fold onto one side of the pair.
     ondo::MixTerms earlyFoldTerms;
     /// One list a speaker: what the three panners add there in a block.

@@ -12,9 +12,7 @@ namespace
 {
 constexpr double largest = 3.4028234663852886e38;
 constexpr std::uint32_t magnitudeBits = 0x7fffffffu;
-/// 2^64 as float bits. NaN and infinities lie above it, and so do the finite values that the
-/// engine's gains (up to some 10^4 together) and its sums would carry past the float range.
-constexpr std::uint32_t unusableFrom = 0x5f800000u;
+constexpr std::uint32_t unusableFrom = NonFinite::unusableFrom;
 
 /// An integer test on the bits stays exact under any floating-point mode and vectorises
 /// without branches.

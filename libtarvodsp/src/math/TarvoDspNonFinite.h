@@ -10,6 +10,11 @@ namespace ondo
 /// filter or a feedback network that takes in one NaN outputs NaN from then on.
 struct NonFinite
 {
+    /// The bits of 2^64 as a float. NaN and infinities lie above it, and so do the finite
+    /// values that the engine's gains (up to some 10^4 together) and its sums would carry
+    /// past the float range: a sample whose bits without the sign reach it is unusable.
+    static constexpr std::uint32_t unusableFrom = 0x5f800000u;
+
     /// Replaces every NaN, infinity and magnitude of 2^64 or more in `samples[0..n)` by 0;
     /// returns how many there were.
     /// Audio thread; real-time safe. A clean block is only read, never written.

@@ -1,0 +1,103 @@
+#include "reverb/QuorSourceSends.h"
+
+#include "math/TarvoDspNonFinite.h"
+#include "math/TarvoDspWideVectors.h"
+
+#include <bit>
+
+namespace Quor
+{
+namespace
+{
+using ondo::simd::Floats4;
+using ondo::simd::Floats8;
+using ondo::simd::load;
+using ondo::simd::store;
+using Ints4 = std::int32_t __attribute__((vector_size(16)));
+using Ints8 = std::int32_t __attribute__((vector_size(32)));
+
+constexpr std::int32_t magnitudeBits = 0x7fffffff;
+constexpr auto unusableFrom = static_cast<std::int32_t>(ondo::NonFinite::unusableFrom);
+
+/// One sample of every source, in scalar steps: the same operations as a column's lanes.
+ONDO_KERNEL_INLINE std::uint32_t sample(const SourceSends& pass, std::uint32_t numSources, std::uint32_t at)
+{
+    std::uint32_t count = 0;
+    float room = 0.0f;
+    for (std::uint32_t i = 0; i < numSources; ++i)
+    {
+        float x = pass.sources[i][at];
+        if ((std::bit_cast<std::int32_t>(x) & magnitudeBits) >= unusableFrom)
+        {
+            ++count;
+            x = 0.0f;
+        }
+        room += x * pass.sendGains[i];
+        const float gain = pass.directGains[i];
+        pass.direct[i][at] = gain == 0.0f ? 0.0f : x * gain;
+    }
+    pass.room[at] = room;
+    return count;
+}
+
+/// A column of samples of every source, one vector each; `bad` counts the samples that
+/// are unusable, a lane each.
+template <typename V, typename I>
+ONDO_KERNEL_INLINE void column(const SourceSends& pass, std::uint32_t numSources, std::uint32_t at, I& bad)
+{
+    V room{};
+    for (std::uint32_t i = 0; i < numSources; ++i)
+    {
+        V x;
+        load(x, pass.sources[i] + at);
+        // Vector casts keep the bits.
+        const I bits = (I)x;
+        const I unusable = (bits & magnitudeBits) >= unusableFrom;
+        bad -= unusable;
+        x = (V)(bits & ~unusable);
+        room += x * pass.sendGains[i];
+        const float gain = pass.directGains[i];
+        store(pass.direct[i] + at, gain == 0.0f ? V{} : x * gain);
+    }
+    store(pass.room + at, room);
+}
+
+template <typename V, typename I>
+ONDO_KERNEL_INLINE std::uint32_t run(const SourceSends& pass, std::uint32_t numSources, std::uint32_t n)
+{
+    constexpr auto width = static_cast<std::uint32_t>(sizeof(V) / sizeof(float));
+    I bad{};
+    std::uint32_t at = 0;
+    for (; at + width <= n; at += width)
+        column<V>(pass, numSources, at, bad);
+    std::uint32_t count = 0;
+    for (std::uint32_t lane = 0; lane < width; ++lane)
+        count += static_cast<std::uint32_t>(bad[lane]);
+    for (; at < n; ++at)
+        count += sample(pass, numSources, at);
+    return count;
+}
+
+#if ONDO_WIDE_VECTORS
+ONDO_WIDE_VECTORS_TARGET std::uint32_t runWide(const SourceSends& pass, std::uint32_t numSources, std::uint32_t n)
+{
+    return run<Floats8, Ints8>(pass, numSources, n);
+}
+#endif
+} // namespace
+
+std::uint32_t runSourceSends(const SourceSends& pass, std::uint32_t numSources, std::uint32_t numSamples)
+{
+#if ONDO_WIDE_VECTORS
+    const std::uint32_t count = ondo::simd::useWideVectors() ? runWide(pass, numSources, numSamples)
+                                                              : run<Floats4, Ints4>(pass, numSources, numSamples);
+#else
+    const std::uint32_t count = run<Floats4, Ints4>(pass, numSources, numSamples);
+#endif
+    // The sources themselves are left clean too, as the host's buffers were before.
+    if (count > 0)
+        for (std::uint32_t i = 0; i < numSources; ++i)
+            ondo::NonFinite::zeroSamples(pass.sources[i], numSamples);
+    return count;
+}
+} // namespace Quor
