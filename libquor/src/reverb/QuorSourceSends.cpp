@@ -40,26 +40,37 @@ ONDO_KERNEL_INLINE std::uint32_t sample(const SourceSends& pass, std::uint32_t n
     return count;
 }
 
-/// A column of samples of every source, one vector each; `bad` counts the samples that
-/// are unusable, a lane each.
+/// One source over the block's whole vectors, its gains in every lane once; the room bus
+/// takes its product, starting from 0 with the first source. `bad` counts the samples that
+/// are unusable, a lane each. Returns where the vectors end.
 template <typename V, typename I>
-ONDO_KERNEL_INLINE void column(const SourceSends& pass, std::uint32_t numSources, std::uint32_t at, I& bad)
+ONDO_KERNEL_INLINE std::uint32_t source(const SourceSends& pass, std::uint32_t i, std::uint32_t n, I& bad)
 {
-    V room{};
-    for (std::uint32_t i = 0; i < numSources; ++i)
+    constexpr auto width = static_cast<std::uint32_t>(sizeof(V) / sizeof(float));
+    const float* samples = pass.sources[i];
+    float* direct = pass.direct[i];
+    float* room = pass.room;
+    const V send = pass.sendGains[i] - V{};
+    const float directGain = pass.directGains[i];
+    const V gain = directGain - V{};
+    std::uint32_t at = 0;
+    for (; at + width <= n; at += width)
     {
         V x;
-        load(x, pass.sources[i] + at);
+        load(x, samples + at);
         // Vector casts keep the bits.
         const I bits = (I)x;
         const I unusable = (bits & magnitudeBits) >= unusableFrom;
         bad -= unusable;
         x = (V)(bits & ~unusable);
-        room += x * pass.sendGains[i];
-        const float gain = pass.directGains[i];
-        store(pass.direct[i] + at, gain == 0.0f ? V{} : x * gain);
+        V sum{};
+        if (i > 0)
+            load(sum, room + at);
+        sum += x * send;
+        store(room + at, sum);
+        store(direct + at, directGain == 0.0f ? V{} : x * gain);
     }
-    store(pass.room + at, room);
+    return at;
 }
 
 template <typename V, typename I>
@@ -68,8 +79,8 @@ ONDO_KERNEL_INLINE std::uint32_t run(const SourceSends& pass, std::uint32_t numS
     constexpr auto width = static_cast<std::uint32_t>(sizeof(V) / sizeof(float));
     I bad{};
     std::uint32_t at = 0;
-    for (; at + width <= n; at += width)
-        column<V>(pass, numSources, at, bad);
+    for (std::uint32_t i = 0; i < numSources; ++i)
+        at = source<V>(pass, i, n, bad);
     std::uint32_t count = 0;
     for (std::uint32_t lane = 0; lane < width; ++lane)
         count += static_cast<std::uint32_t>(bad[lane]);
