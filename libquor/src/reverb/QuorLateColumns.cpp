@@ -38,8 +38,9 @@ ONDO_KERNEL_INLINE void storeRow(float* samples, const V& row, int m)
     }
 }
 
-/// The chunk's factors, each in every lane once: read from the chunk at each use, they would
-/// be read again after every store, which might have changed them.
+/// The chunk's factors, each in every lane once (subtracting a zero vector keeps every
+/// value, -0 included): read from the chunk at each use, they would be read again after
+/// every store, which might have changed them.
 template <typename V>
 struct Factors
 {
