@@ -20,7 +20,8 @@ void MultiFadedHLShelf::setNumChannels(std::uint32_t n)
     MultichannelProcessor<FadedHLShelf>::setNumChannels(n);
     batch.reserve(n);
     begun.resize(n);
-    liveSeen.resize(n);
+    activeSeen.resize(n);
+    connectedSeen.resize(n);
     for (FadedHLShelf* channel : channels)
         channel->shareChangeCounter(&changes);
     changes.fetch_add(1, std::memory_order_release);
@@ -28,12 +29,11 @@ void MultiFadedHLShelf::setNumChannels(std::uint32_t n)
 
 bool MultiFadedHLShelf::isQuiet() const
 {
-    if (!steadySeen)
-        return false;
-    for (std::uint32_t c = 0; c < channels.size(); ++c)
-        if ((isInletActive(c) && isOutletConnected(c)) != (liveSeen[c] != 0))
-            return false;
-    return true;
+    // The activity tables as a whole, as they stood at the last full round.
+    const InletsActivityAnalyzer& activity = getInletsAnalyzer();
+    const std::size_t bytes = channels.size() * sizeof(std::int16_t);
+    return steadySeen && std::memcmp(activity.inletsActive.data(), activeSeen.data(), bytes) == 0 &&
+           std::memcmp(activity.outletsConnected.data(), connectedSeen.data(), bytes) == 0;
 }
 
 bool MultiFadedHLShelf::beginBlock()
@@ -55,8 +55,11 @@ bool MultiFadedHLShelf::beginBlock()
         begun[c] = live ? channels[c]->beginBlock() : nullptr;
         transparent = transparent && begun[c] != nullptr && begun[c]->isTransparent();
         steady = steady && (!live || begun[c] != nullptr);
-        liveSeen[c] = live ? 1 : 0;
     }
+    const InletsActivityAnalyzer& activity = getInletsAnalyzer();
+    const std::size_t bytes = channels.size() * sizeof(std::int16_t);
+    std::memcpy(activeSeen.data(), activity.inletsActive.data(), bytes);
+    std::memcpy(connectedSeen.data(), activity.outletsConnected.data(), bytes);
     changesSeen = now;
     steadySeen = steady;
     transparentSeen = transparent;

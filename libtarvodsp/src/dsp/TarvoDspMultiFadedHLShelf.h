@@ -69,7 +69,8 @@ private:
     std::atomic<std::uint32_t> changes{0};
     // The audio thread's memory of the last full round of stage updates.
     std::uint32_t changesSeen = 0;
-    Vector<std::uint8_t> liveSeen;
+    Vector<std::int16_t> activeSeen;
+    Vector<std::int16_t> connectedSeen;
     bool steadySeen = false;
     bool transparentSeen = false;
     bool quietBlock = false;
