@@ -20,20 +20,10 @@ void MultiFadedHLShelf::setNumChannels(std::uint32_t n)
     MultichannelProcessor<FadedHLShelf>::setNumChannels(n);
     batch.reserve(n);
     begun.resize(n);
-    activeSeen.resize(n);
-    connectedSeen.resize(n);
+    activitySeen.reserve(n, n);
     for (FadedHLShelf* channel : channels)
         channel->shareChangeCounter(&changes);
     changes.fetch_add(1, std::memory_order_release);
-}
-
-bool MultiFadedHLShelf::isQuiet() const
-{
-    // The activity tables as a whole, as they stood at the last full round.
-    const InletsActivityAnalyzer& activity = getInletsAnalyzer();
-    const std::size_t bytes = channels.size() * sizeof(std::int16_t);
-    return steadySeen && std::memcmp(activity.inletsActive.data(), activeSeen.data(), bytes) == 0 &&
-           std::memcmp(activity.outletsConnected.data(), connectedSeen.data(), bytes) == 0;
 }
 
 bool MultiFadedHLShelf::beginBlock()
@@ -43,7 +33,7 @@ bool MultiFadedHLShelf::beginBlock()
     const std::uint32_t now = changes.load(std::memory_order_acquire);
     // A steady channel's stage update does nothing and gives the same instance until a
     // hand-over: the last round's answers stand.
-    quietBlock = now == changesSeen && isQuiet();
+    quietBlock = steadySeen && now == changesSeen && activitySeen.matches(getInletsAnalyzer());
     if (quietBlock)
         return transparentSeen;
     bool transparent = true;
@@ -56,10 +46,7 @@ bool MultiFadedHLShelf::beginBlock()
         transparent = transparent && begun[c] != nullptr && begun[c]->isTransparent();
         steady = steady && (!live || begun[c] != nullptr);
     }
-    const InletsActivityAnalyzer& activity = getInletsAnalyzer();
-    const std::size_t bytes = channels.size() * sizeof(std::int16_t);
-    std::memcpy(activeSeen.data(), activity.inletsActive.data(), bytes);
-    std::memcpy(connectedSeen.data(), activity.outletsConnected.data(), bytes);
+    activitySeen.take(getInletsAnalyzer());
     changesSeen = now;
     steadySeen = steady;
     transparentSeen = transparent;

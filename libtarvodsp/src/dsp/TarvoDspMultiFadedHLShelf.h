@@ -1,5 +1,6 @@
 #pragma once
 
+#include "dsp/TarvoDspActivitySnapshot.h"
 #include "dsp/TarvoDspFadedBiquadBatch.h"
 #include "dsp/TarvoDspFadedHLShelf.h"
 #include "dsp/TarvoDspMultichannelProcessor.h"
@@ -58,10 +59,6 @@ protected:
 
 private:
     FadedBiquadBatch batch;
-    /// Whether the channels' stage updates can be skipped: nothing handed over since the
-    /// last full round, which found every live channel steady, and the same channels live.
-    bool isQuiet() const;
-
     /// What each channel's stage update gave for the block, once `beginBlock` ran.
     Vector<BiquadIPP*> begun;
     bool blockBegun = false;
@@ -69,8 +66,7 @@ private:
     std::atomic<std::uint32_t> changes{0};
     // The audio thread's memory of the last full round of stage updates.
     std::uint32_t changesSeen = 0;
-    Vector<std::int16_t> activeSeen;
-    Vector<std::int16_t> connectedSeen;
+    ActivitySnapshot activitySeen;
     bool steadySeen = false;
     bool transparentSeen = false;
     bool quietBlock = false;
