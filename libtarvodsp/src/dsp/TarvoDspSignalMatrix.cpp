@@ -52,6 +52,12 @@ void copyPendingGains(const Vector<float>& pending, Vector<float>& to)
 constexpr float silentGain = 0.0001f;
 /// Below this a start and a target are the same gain.
 constexpr float sameGain = 1e-06f;
+
+/// `position` modulo `length`; blocks are mostly shorter than a ramp, so the division is rare.
+inline std::int32_t wrapPosition(std::int64_t position, std::int32_t length)
+{
+    return static_cast<std::int32_t>(position < length ? position : position % length);
+}
 } // namespace
 
 SignalMatrix::SignalMatrix(std::uint32_t inputs, std::uint32_t outputs)
@@ -272,7 +278,7 @@ bool SignalMatrix::steadyTermsUnchanged() const
 void SignalMatrix::repeatSteadyTerms(std::uint32_t numSamples)
 {
     const std::int32_t length = rampLength;
-    rampPosition = static_cast<std::int32_t>((static_cast<std::int64_t>(rampPosition) + numSamples) % length);
+    rampPosition = wrapPosition(static_cast<std::int64_t>(rampPosition) + numSamples, length);
 }
 
 bool SignalMatrix::gatherSteadyTerms(MixTerms* perOutput, float** inputs, std::uint32_t numSamples)
@@ -307,7 +313,7 @@ bool SignalMatrix::gatherSteadyTerms(MixTerms* perOutput, float** inputs, std::u
     }
     if (idleBoundaries)
     {
-        rampPosition = static_cast<std::int32_t>((static_cast<std::int64_t>(position) + numSamples) % length);
+        rampPosition = wrapPosition(static_cast<std::int64_t>(position) + numSamples, length);
         gatheredSettled = true;
         gatheredLength = length;
         gatheredActivity.take(getInletsAnalyzer());
