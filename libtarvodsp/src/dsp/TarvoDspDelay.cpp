@@ -307,13 +307,6 @@ void Delay::setInterpolationTime(float ms)
         interpolationTime = ms;
 }
 
-void Delay::economise(RelaxedAtomic<InterpolationMode>& modeInUse, const Ramp& ramp)
-{
-    if (!roundsToWholeSamples(modeInUse.load()) && ramp.isRunning())
-        return;
-    modeInUse = nearest;
-}
-
 void Delay::write(const float* input, std::uint32_t n)
 {
     // Split at the end of the ring: each part is one contiguous copy.

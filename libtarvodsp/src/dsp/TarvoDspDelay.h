@@ -153,7 +153,12 @@ public:
 
     /// The rule of the economical readers, at the head of a block: a line that isn't gliding,
     /// or that reads without interpolation anyway, reads with "nearest". Audio thread.
-    static void economise(RelaxedAtomic<InterpolationMode>& modeInUse, const Ramp& ramp);
+    static void economise(RelaxedAtomic<InterpolationMode>& modeInUse, const Ramp& ramp)
+    {
+        if (!roundsToWholeSamples(modeInUse.load()) && ramp.isRunning())
+            return;
+        modeInUse = nearest;
+    }
 
 private:
     friend class DelayEconomy;
