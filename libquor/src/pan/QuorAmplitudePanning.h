@@ -23,6 +23,8 @@ public:
     {
         return matrix.gatherSteadyTerms(perOutput, inputs, numSamples);
     }
+    bool termsUnchanged() const override { return matrix.steadyTermsUnchanged(); }
+    void repeatTerms(std::uint32_t numSamples) override { matrix.repeatSteadyTerms(numSamples); }
     void clear() override { matrix.clear(); }
     void setSampleRate(float rate) override { matrix.changeSampleRate(rate); }
     void setBufferSize(std::uint32_t size) override { matrix.changeBufferSize(size); }

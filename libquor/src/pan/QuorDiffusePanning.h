@@ -21,6 +21,7 @@ public:
         matrix.gatherTerms(perOutput, inputs);
         return true;
     }
+    bool termsUnchanged() const override { return matrix.termsUnchanged(); }
     /// Positions don't matter to a diffuse field: stored only.
     void setSourcePosition(std::uint32_t source, const ondo::Point3& position, bool immediate) override;
 

@@ -141,6 +141,12 @@ public:
     {
         return false;
     }
+    /// For an owner that kept the terms its last `gatherTerms` appended, for inputs that
+    /// stay where they were: whether a gather now would append exactly those. Audio thread.
+    virtual bool termsUnchanged() const { return false; }
+    /// After `termsUnchanged`: takes the block as `gatherTerms` would, appending nothing.
+    /// Audio thread; real-time safe.
+    virtual void repeatTerms(std::uint32_t /*numSamples*/) {}
     virtual void setInterpolationTime(float /*ms*/) {}
     virtual float getInterpolationTime() const { return 0.0f; }
     virtual void setInterpolationMode(InterpolationMode /*mode*/) {}

@@ -122,6 +122,8 @@ void TarvoVerb::configure(float rate, std::uint32_t size, std::uint32_t numSourc
     outputTerms.assign(numSpeakers, ondo::MixTerms());
     for (ondo::MixTerms& terms : outputTerms)
         terms.reserve(numSources + 2 + numInternals);
+    keptBuffers.resize(numSources + 2 + numInternals);
+    termsKept = false;
 
     const Pan::Type type = panningTypeFor(numSpeakers);
     panDirect = Pan::create(numSources, numSpeakers, type, Pan::Direct);
@@ -306,9 +308,18 @@ void TarvoVerb::renderBlock(std::uint32_t n)
 
     // The three panners add into the outputs in turn. Those whose gains stand still hand
     // over their terms instead, and each output is then written in one pass with the same
-    // sums: see mixIntoOutputs.
+    // sums: see mixIntoOutputs. Terms that stand as they were last block, over the same
+    // buffers, are kept: the panners then only take the block.
+    const bool repeat = keptTermsHold(direct, pair, late);
+    if (!repeat && termsKept)
+        for (ondo::MixTerms& terms : outputTerms)
+            terms.forget();
     outputsWritten = false;
-    mixIntoOutputs(*panDirect, direct, n);
+    allGathered = true;
+    if (repeat)
+        panDirect->repeatTerms(n);
+    else
+        mixIntoOutputs(*panDirect, direct, n);
 
     // Early reflections: gained after the chain has taken them, folded to a pair. Each
     // line's gain and the fold's factor make one product, so the pair is built in one pass.
@@ -320,7 +331,10 @@ void TarvoVerb::renderBlock(std::uint32_t n)
         earlyFoldTerms.writeInto(pair[side], n);
     }
     earlyFilter.process(pair, pair, n);
-    mixIntoOutputs(*panEarly, pair, n);
+    if (repeat)
+        panEarly->repeatTerms(n);
+    else
+        mixIntoOutputs(*panEarly, pair, n);
 
     if (!clusterFlat)
     {
@@ -330,19 +344,26 @@ void TarvoVerb::renderBlock(std::uint32_t n)
         for (std::uint32_t c = 0; c < N; ++c)
             vectorAddProductConstant32(reverbChannels[c], reverbFactor, late[c], count);
     }
-    mixIntoOutputs(*panLate, late, n);
-    flushOutputTerms(n);
+    if (repeat)
+        panLate->repeatTerms(n);
+    else
+        mixIntoOutputs(*panLate, late, n);
+    flushOutputTerms(n, allGathered);
+    if (allGathered && !repeat)
+        keepTerms(direct, pair, late);
+    termsKept = allGathered;
 }
 
 void TarvoVerb::mixIntoOutputs(Pan& pan, float** panned, std::uint32_t n)
 {
     if (pan.gatherTerms(outputTerms.data(), panned, n))
         return;
+    allGathered = false;
     flushOutputTerms(n);
     pan.processAdd(outputsReference.getChannels(), panned, n);
 }
 
-void TarvoVerb::flushOutputTerms(std::uint32_t n)
+void TarvoVerb::flushOutputTerms(std::uint32_t n, bool keep)
 {
     // The first flush writes the outputs, as if they had been zeroed and then added to.
     float** out = outputsReference.getChannels();
@@ -350,10 +371,38 @@ void TarvoVerb::flushOutputTerms(std::uint32_t n)
     {
         if (outputsWritten)
             outputTerms[k].addInto(out[k], n);
+        else if (keep)
+            outputTerms[k].writeIntoKeeping(out[k], n);
         else
             outputTerms[k].writeInto(out[k], n);
     }
     outputsWritten = true;
+}
+
+bool TarvoVerb::keptTermsHold(float** direct, float** pair, float** late) const
+{
+    if (!termsKept)
+        return false;
+    const float* const* kept = keptBuffers.data();
+    for (std::uint32_t i = 0; i < numInputs; ++i)
+        if (kept[i] != direct[i])
+            return false;
+    kept += numInputs;
+    if (kept[0] != pair[0] || kept[1] != pair[1])
+        return false;
+    kept += 2;
+    for (std::uint32_t c = 0; c < numInternals; ++c)
+        if (kept[c] != late[c])
+            return false;
+    return panDirect->termsUnchanged() && panEarly->termsUnchanged() && panLate->termsUnchanged();
+}
+
+void TarvoVerb::keepTerms(float** direct, float** pair, float** late)
+{
+    float** kept = keptBuffers.data();
+    std::copy_n(direct, numInputs, kept);
+    std::copy_n(pair, 2, kept + numInputs);
+    std::copy_n(late, numInternals, kept + numInputs + 2);
 }
 
 void TarvoVerb::setSourcePosition(std::uint32_t index, const ondo::Point3& asked)

@@ -163,7 +163,13 @@ private:
     /// `processAdd` after the terms so far are added. Audio thread.
     void mixIntoOutputs(Pan& pan, float** panned, std::uint32_t n);
     /// Adds the gathered terms into the outputs; the first time in a block it writes them.
-    void flushOutputTerms(std::uint32_t n);
+    /// With `keep` the terms stay for the next block.
+    void flushOutputTerms(std::uint32_t n, bool keep = false);
+    /// Whether the terms kept from the last block are those the three panners would gather
+    /// now from the same buffers, so that they only need to take the block. Audio thread.
+    bool keptTermsHold(float** direct, float** pair, float** late) const;
+    /// Remembers which buffers the kept terms read. Audio thread; real-time safe.
+    void keepTerms(float** direct, float** pair, float** late);
     /// The panning type for a speaker count.
     static Pan::Type panningTypeFor(std::uint32_t numSpeakers);
 
@@ -209,6 +215,12 @@ private:
     /// One list a speaker: what the three panners add there in a block.
     std::vector<ondo::MixTerms> outputTerms;
     bool outputsWritten = false;
+    /// Every panner gathered its terms in this block.
+    bool allGathered = false;
+    /// `outputTerms` still hold the last block's terms, read from `keptBuffers` (the direct,
+    /// pair and late channels, in that order).
+    bool termsKept = false;
+    ondo::Vector<float*> keptBuffers;
     ondo::AudioBufferReference<float> inputsReference;
     ondo::AudioBufferReference<float> outputsReference;
     /// Written by the audio thread alone, read by any.

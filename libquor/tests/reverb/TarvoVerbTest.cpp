@@ -223,6 +223,36 @@ TEST(TarvoVerb, DirectSoundArrivesAtOnceWithItsDistanceGain)
         EXPECT_NEAR(out.data[0][k], 0.0f, 1e-6f) << k;
 }
 
+// A still room keeps its mix terms from block to block. A source moved after a still
+// stretch must then sound exactly as one placed there from the start, once the glides end.
+TEST(TarvoVerb, SourceMovedAfterAStillStretchSoundsAsOnePlacedThere)
+{
+    ondo::primitives::setDenormalsAreZero(true);
+    const Point3 there(1.5f, 2.0f, 0.3f);
+    auto placed = configured(2, 4, 8), moved = configured(2, 4, 8);
+    for (TarvoVerb* verb : {placed.get(), moved.get()})
+        applyObjectDefaults(*verb);
+    placed->setSourcePosition(0, there);
+    tarvo::testing::ChannelBlock in(2, 64), out(4, 64), expected(4, 64);
+    for (int b = 0; b < 200; ++b)
+    {
+        if (b == 100) // still since block 0; the glides (at most 100 ms) end by block 170
+            moved->setSourcePosition(0, there);
+        placed->process(expected.pointers.data(), in.pointers.data(), 64);
+        moved->process(out.pointers.data(), in.pointers.data(), 64);
+    }
+    const auto noise = tarvo::testing::seededNoise(64 * 40, 3);
+    for (int b = 0; b < 40; ++b)
+    {
+        for (std::uint32_t c = 0; c < 2; ++c)
+            std::copy_n(noise.begin() + 64 * b, 64, in.data[c].begin());
+        placed->process(expected.pointers.data(), in.pointers.data(), 64);
+        moved->process(out.pointers.data(), in.pointers.data(), 64);
+        ASSERT_EQ(out.data, expected.data) << "block " << b;
+    }
+    ondo::primitives::setDenormalsAreZero(false);
+}
+
 TEST(TarvoVerb, OutputsMayBeTheInputBuffers)
 {
     // A host may hand the same buffers in and out: the result must be what separate buffers

@@ -12,8 +12,6 @@ namespace ondo
 {
 namespace
 {
-/// Elements of `buffer` before the ring proper; the readers look one sample back and two on.
-constexpr std::uint64_t guard = 4;
 /// Sample counts of the ring beyond which a maximum delay is refused (1 GiB of samples).
 constexpr float largestRing = static_cast<float>(1u << 28);
 constexpr float sixth = 1.0f / 6.0f;
@@ -112,11 +110,6 @@ Weights weightsFor(Delay::InterpolationMode mode, float f)
         break;
     }
     return w;
-}
-
-bool roundsToWholeSamples(Delay::InterpolationMode mode)
-{
-    return mode == Delay::nearest || mode == Delay::nearestXfade;
 }
 
 /// Whether a position `above` past the whole sample `whole` rounds up, ties going to even.
@@ -227,14 +220,14 @@ void Delay::process(float** outputs, float** inputs, std::uint32_t numSamples)
 void Delay::processWritten(float* output, std::uint32_t n)
 {
     float state = allpassState;
-    read(output, n, delayRamp, interpolationMode, state);
+    read(output, n, delayRamp, interpolationMode, state, &ownStart);
     allpassState = state;
     advance(n);
 }
 
 float* Delay::processWrittenInPlace(float* scratch, std::uint32_t n)
 {
-    if (const float* run = findReadRun(n, delayRamp, interpolationMode))
+    if (const float* run = findReadRun(n, delayRamp, interpolationMode, &ownStart))
     {
         advance(n);
         return const_cast<float*>(run); // the ring's own storage, which this line owns
@@ -314,13 +307,6 @@ void Delay::setInterpolationTime(float ms)
         interpolationTime = ms;
 }
 
-void Delay::economise(RelaxedAtomic<InterpolationMode>& modeInUse, const Ramp& ramp)
-{
-    if (!roundsToWholeSamples(modeInUse) && ramp.isRunning())
-        return;
-    modeInUse = nearest;
-}
-
 void Delay::write(const float* input, std::uint32_t n)
 {
     // Split at the end of the ring: each part is one contiguous copy.
@@ -338,47 +324,69 @@ void Delay::refreshGuards()
     ring[ringSize + 1] = ring[1];
 }
 
-void Delay::read(float* output, std::uint32_t n, Ramp& delayInSamples, InterpolationMode mode, float& state)
+void Delay::read(float* output, std::uint32_t n, Ramp& delayInSamples, InterpolationMode mode, float& state,
+                 RoundedStart* start)
 {
     if (delayInSamples.isRunning())
         readGliding(output, n, delayInSamples, mode, state);
     else
-        readFixed(output, n, delayInSamples.getValue(0), mode, state);
+        readFixed(output, n, delayInSamples.getValue(0), mode, state, start);
 }
 
-std::uint64_t Delay::fixedStart(float delay, InterpolationMode mode, float& fraction) const
+void Delay::remember(RoundedStart& start, float delay) const
 {
+    // The position below is fl(P - delay), P = writeIndex + ringSize a whole number under
+    // 2 * ringSize, then rounded to nearest (ties to even). With ringSize at most 2^23 every
+    // float in play is exact but that difference, which lies within e = ringSize * 2^-24 (half
+    // its ulp) of the true P - delay. Whenever the delay's fraction g lies farther than e from
+    // one half, the true value and its float round to the same whole sample, whatever P is:
+    // P - floor(delay) below one half, one less above it. Near one half (and for a delay
+    // outside the ring) the float position is worked out each time, as before.
+    start.delay = delay;
+    start.ringSize = ringSize;
+    start.exact = false;
+    if (!(delay >= 0.0f && delay < static_cast<float>(ringSize)) || ringSize > (std::uint64_t{1} << 23))
+        return;
+    const float whole = std::floor(delay);
+    const double g = static_cast<double>(delay - whole); // exact: both lie within a factor of 2
+    const double e = static_cast<double>(ringSize) * 0x1p-24;
+    if (!(std::fabs(g - 0.5) > e))
+        return;
+    start.behind = static_cast<std::uint64_t>(whole) + (g > 0.5 ? 1 : 0);
+    start.exact = true;
+}
+
+std::uint64_t Delay::fixedStart(float delay, InterpolationMode mode, float& fraction, RoundedStart* start) const
+{
+    const bool rounds = roundsToWholeSamples(mode);
+    if (rounds && start != nullptr)
+    {
+        if (start->ringSize != ringSize || !(start->delay == delay))
+            remember(*start, delay);
+        if (start->exact)
+        {
+            fraction = 0.0f;
+            return (writeIndex + ringSize - start->behind) & mask;
+        }
+    }
     // Signed conversions give the same floats (rings hold far fewer than 2^63 samples) in one
     // instruction each on x86-64, where the unsigned ones branch.
     const float position = static_cast<float>(static_cast<std::int64_t>(writeIndex)) +
                            static_cast<float>(static_cast<std::int64_t>(ringSize)) - delay;
-    const auto whole = wholeSample<long long>(position, roundsToWholeSamples(mode));
-    fraction = position - static_cast<float>(whole);
+    const auto whole = wholeSample<long long>(position, rounds);
+    fraction = rounds ? 0.0f : position - static_cast<float>(whole);
     return static_cast<std::uint64_t>(whole) & mask;
 }
 
-const float* Delay::findReadRun(std::uint32_t n, const Ramp& delayInSamples, InterpolationMode mode)
-{
-    if (delayInSamples.isRunning() || !roundsToWholeSamples(mode))
-        return nullptr;
-    float f = 0.0f;
-    const std::uint64_t index = fixedStart(delayInSamples.getValue(0), mode, f);
-    return index + n <= ringSize ? buffer.data() + guard + index : nullptr;
-}
-
-float* Delay::findWriteRun(std::uint32_t n)
-{
-    return writeIndex + n <= ringSize ? buffer.data() + guard + writeIndex : nullptr;
-}
-
-void Delay::readFixed(float* output, std::uint32_t n, float delay, InterpolationMode mode, float& state)
+void Delay::readFixed(float* output, std::uint32_t n, float delay, InterpolationMode mode, float& state,
+                      RoundedStart* start)
 {
     // A fixed delay has one fraction: the weights are hoisted out of the loops, and the ring
     // is read in contiguous runs up to its end.
     float f = 0.0f;
-    std::uint64_t index = fixedStart(delay, mode, f);
+    std::uint64_t index = fixedStart(delay, mode, f, start);
     const Weights w = weightsFor(mode, f);
-    const float allpassCoefficient = f / (1.0f - f + 1.0f);
+    const float allpassCoefficient = mode == allpass ? f / (1.0f - f + 1.0f) : 0.0f;
     std::uint32_t done = 0;
     while (done < n)
     {

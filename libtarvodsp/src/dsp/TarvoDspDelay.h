@@ -46,6 +46,19 @@ public:
     OSCBundle getState() const override;
     OscDocumentation getDocumentation() const override;
 
+    /// What a reader keeps of a fixed delay read with a rounding mode, so that the next block
+    /// at the same delay finds its start with integer steps alone: the delay, the ring size
+    /// it was worked out for, and how many samples behind the write position plus one ring
+    /// the read starts. One per reader, touched by the audio thread only.
+    struct RoundedStart
+    {
+        float delay = 0.0f;
+        std::uint64_t ringSize = 0; ///< 0: nothing kept yet
+        std::uint64_t behind = 0;
+        /// False where the float position must be worked out each time (see `fixedStart`).
+        bool exact = false;
+    };
+
     /// The mode of a name; a name that isn't known gives "linear".
     static InterpolationMode interpolationModeFromName(const std::string& name);
     /// The name of a mode; a value that isn't known gives "linear".
@@ -104,17 +117,29 @@ public:
     /// Reads `n` (at most `maximumBlockSize`) samples ending just before the write position
     /// plus `n`, at the delay held by `delayInSamples`, which advances when it glides.
     /// Audio thread; real-time safe.
-    void read(float* output, std::uint32_t n, Ramp& delayInSamples, InterpolationMode mode, float& allpassState);
+    /// `start`, when given, is the reader's own memory of where its fixed delay starts.
+    void read(float* output, std::uint32_t n, Ramp& delayInSamples, InterpolationMode mode, float& allpassState,
+              RoundedStart* start = nullptr);
     /// Moves the write position on by `n`. Audio thread; real-time safe.
     void advance(std::uint32_t n) { writeIndex = (writeIndex + n) & mask; }
     /// Where the `n` samples that `read` would give lie in the line, when they lie there as
     /// they are (a delay that doesn't glide, read with a rounding mode) in one run before the
     /// ring's end; else null. Lets an owner use them without a copy. Audio thread;
     /// real-time safe.
-    const float* findReadRun(std::uint32_t n, const Ramp& delayInSamples, InterpolationMode mode);
+    const float* findReadRun(std::uint32_t n, const Ramp& delayInSamples, InterpolationMode mode,
+                             RoundedStart* start = nullptr)
+    {
+        if (delayInSamples.isRunning() || !roundsToWholeSamples(mode))
+            return nullptr;
+        const std::uint64_t index = roundedStart(delayInSamples.getValue(0), mode, start);
+        return index + n <= ringSize ? buffer.data() + guard + index : nullptr;
+    }
     /// Where `write` would put `n` samples, when they fit in one run before the ring's end;
     /// else null. Lets an owner build them in place. Audio thread; real-time safe.
-    float* findWriteRun(std::uint32_t n);
+    float* findWriteRun(std::uint32_t n)
+    {
+        return writeIndex + n <= ringSize ? buffer.data() + guard + writeIndex : nullptr;
+    }
 
     /// Enlarges (and empties) the line when `ms` lies beyond the maximum. Allocates then.
     void ensureMaximumDelay(float ms)
@@ -128,16 +153,36 @@ public:
 
     /// The rule of the economical readers, at the head of a block: a line that isn't gliding,
     /// or that reads without interpolation anyway, reads with "nearest". Audio thread.
-    static void economise(RelaxedAtomic<InterpolationMode>& modeInUse, const Ramp& ramp);
+    static void economise(RelaxedAtomic<InterpolationMode>& modeInUse, const Ramp& ramp)
+    {
+        if (!roundsToWholeSamples(modeInUse.load()) && ramp.isRunning())
+            return;
+        modeInUse = nearest;
+    }
 
 private:
     friend class DelayEconomy;
 
     float samplesToMs(float samples) const { return samples * 1000.0f / sampleRate; }
     void refreshGuards();
-    /// The ring index of the first sample read at a fixed `delay`, and its fraction.
-    std::uint64_t fixedStart(float delay, InterpolationMode mode, float& fraction) const;
-    void readFixed(float* output, std::uint32_t n, float delay, InterpolationMode mode, float& allpassState);
+    /// Elements of `buffer` before the ring proper; the readers look one sample back and two on.
+    static constexpr std::uint64_t guard = 4;
+
+    static bool roundsToWholeSamples(InterpolationMode mode) { return mode == nearest || mode == nearestXfade; }
+    /// The ring index of the first sample read at a fixed `delay`, and its fraction (0 for the
+    /// rounding modes, which have no use for it), through `start` when given.
+    std::uint64_t fixedStart(float delay, InterpolationMode mode, float& fraction, RoundedStart* start) const;
+    /// `fixedStart` of a rounding mode; a start kept for this delay answers inline.
+    std::uint64_t roundedStart(float delay, InterpolationMode mode, RoundedStart* start) const
+    {
+        if (start != nullptr && start->exact && start->delay == delay && start->ringSize == ringSize)
+            return (writeIndex + ringSize - start->behind) & mask;
+        float unused = 0.0f;
+        return fixedStart(delay, mode, unused, start);
+    }
+    void remember(RoundedStart& start, float delay) const;
+    void readFixed(float* output, std::uint32_t n, float delay, InterpolationMode mode, float& allpassState,
+                   RoundedStart* start);
     void readGliding(float* output, std::uint32_t n, Ramp& delayInSamples, InterpolationMode mode,
                      float& allpassState);
 
@@ -156,5 +201,7 @@ private:
     Vector<float> delayPerSample;
     /// Where each sample of a gliding block is read.
     Vector<std::int32_t> readIndices;
+    /// The start of the line's own fixed reads.
+    RoundedStart ownStart;
 };
 } // namespace ondo

@@ -23,7 +23,10 @@ public:
     void setCoefficients(const CascadeCoefficients& sections, bool immediately)
     {
         if (request(sections, immediately) && immediately)
+        {
             updateState();
+            noteChange();
+        }
     }
 
     /// As `setCoefficients`, but a request to skip the fade is left to the audio thread,
@@ -99,6 +102,7 @@ private:
             (i < static_cast<int>(sections.size()) ? sections[i] : BiquadCoefficients{}).toFloats(requested.data() + 6 * i);
         pendingCoefficients.writeWith([&](float* slot) { std::copy(requested.begin(), requested.end(), slot); },
                                       immediately);
+        noteChange();
         return true;
     }
 

@@ -8,6 +8,7 @@
 #include "math/TarvoDspVectorPrimitives.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
@@ -47,6 +48,11 @@ public:
         const int n = static_cast<int>(pendingCoefficients.size());
         setPending([&](float* slot) { primitives::vectorCopy32(values, slot, n); }, immediately);
     }
+
+    /// Shares a counter that every hand-over to this filter bumps once it is published (and
+    /// every rate, size or memory change), so that an owner of many filters learns from one
+    /// load whether any of them may have moved. Control thread, before audio starts.
+    void shareChangeCounter(std::atomic<std::uint32_t>* counter) { changeCounter = counter; }
 
     /// Milliseconds, floored at 0; 0 makes every change immediate. Any thread.
     void setCrossfadeTime(float ms) { crossfadeTime = ms > 0.0f ? ms : 0.0f; }
@@ -130,6 +136,7 @@ public:
         const float clamped = clampSampleRate(rate);
         filterA.changeSampleRate(clamped);
         filterB.changeSampleRate(clamped);
+        noteChange();
     }
 
     /// Control thread; allocates.
@@ -139,6 +146,7 @@ public:
         bufferB.resize(size);
         filterA.changeBufferSize(size);
         filterB.changeBufferSize(size);
+        noteChange();
     }
 
     /// Empties both instances; gains, stage and a pending change stay.
@@ -146,6 +154,7 @@ public:
     {
         filterA.clear();
         filterB.clear();
+        noteChange();
     }
 
     int getFadeStage() const { return state; }
@@ -197,6 +206,15 @@ protected:
         pendingCoefficients.writeWith(std::forward<Fill>(fill), immediately);
         if (immediately)
             updateState();
+        noteChange();
+    }
+
+    /// After the change is in place: release, so that an owner which sees the new count
+    /// (acquire) sees the change.
+    void noteChange()
+    {
+        if (changeCounter != nullptr)
+            changeCounter->fetch_add(1, std::memory_order_release);
     }
 
     /// Control thread, between blocks; allocates.
@@ -392,5 +410,6 @@ protected:
     T filterA;
     T filterB;
     RelaxedAtomic<Crossfade::Type> crossfadeType;
+    std::atomic<std::uint32_t>* changeCounter = nullptr;
 };
 } // namespace ondo

@@ -20,7 +20,12 @@ void MixTerms::addInto(float* out, std::uint32_t n)
 
 void MixTerms::writeInto(float* out, std::uint32_t n)
 {
-    primitives::vectorProductsConstant32(inputs.data(), gains.data(), count, out, static_cast<int>(n));
+    writeIntoKeeping(out, n);
     count = 0;
+}
+
+void MixTerms::writeIntoKeeping(float* out, std::uint32_t n)
+{
+    primitives::vectorProductsConstant32(inputs.data(), gains.data(), count, out, static_cast<int>(n));
 }
 } // namespace ondo

@@ -27,6 +27,10 @@ public:
     void addInto(float* out, std::uint32_t n);
     /// The same sums into `out` as if it were zeroed first, without reading it.
     void writeInto(float* out, std::uint32_t n);
+    /// `writeInto` that keeps the terms, for an owner that writes them again next block.
+    void writeIntoKeeping(float* out, std::uint32_t n);
+    /// Forgets the terms. Audio thread; real-time safe.
+    void forget() { count = 0; }
 
 private:
     Vector<const float*> inputs;

@@ -20,26 +20,46 @@ void MultiFadedHLShelf::setNumChannels(std::uint32_t n)
     MultichannelProcessor<FadedHLShelf>::setNumChannels(n);
     batch.reserve(n);
     begun.resize(n);
+    activitySeen.reserve(n, n);
+    for (FadedHLShelf* channel : channels)
+        channel->shareChangeCounter(&changes);
+    changes.fetch_add(1, std::memory_order_release);
 }
 
 bool MultiFadedHLShelf::beginBlock()
 {
+    blockBegun = true;
+    // Read before the round, so that a hand-over landing during it is seen next block.
+    const std::uint32_t now = changes.load(std::memory_order_acquire);
+    // A steady channel's stage update does nothing and gives the same instance until a
+    // hand-over: the last round's answers stand.
+    quietBlock = steadySeen && now == changesSeen && activitySeen.matches(getInletsAnalyzer());
+    if (quietBlock)
+        return transparentSeen;
     bool transparent = true;
+    bool steady = true;
     for (std::uint32_t c = 0; c < channels.size(); ++c)
     {
         // A silent channel's stage waits, as its own block would leave it.
         const bool live = isInletActive(c) && isOutletConnected(c);
         begun[c] = live ? channels[c]->beginBlock() : nullptr;
         transparent = transparent && begun[c] != nullptr && begun[c]->isTransparent();
+        steady = steady && (!live || begun[c] != nullptr);
     }
-    blockBegun = true;
+    activitySeen.take(getInletsAnalyzer());
+    changesSeen = now;
+    steadySeen = steady;
+    transparentSeen = transparent;
     return transparent;
 }
 
 void MultiFadedHLShelf::passBlock()
 {
-    for (std::uint32_t c = 0; c < channels.size(); ++c)
-        begun[c]->passBlock();
+    // After a whole pass and a quiet start every section's memory is already silent.
+    if (!(quietBlock && passedWhole))
+        for (std::uint32_t c = 0; c < channels.size(); ++c)
+            begun[c]->passBlock();
+    passedWhole = true;
     blockBegun = false;
 }
 
@@ -48,6 +68,7 @@ void MultiFadedHLShelf::process(float** outputs, float** inputs, std::uint32_t n
     if (!blockBegun)
         beginBlock();
     blockBegun = false;
+    passedWhole = false;
     for (std::uint32_t c = 0; c < channels.size(); ++c)
     {
         if (!isInletActive(c) || !isOutletConnected(c))

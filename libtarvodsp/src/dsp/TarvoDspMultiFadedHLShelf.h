@@ -1,8 +1,12 @@
 #pragma once
 
+#include "dsp/TarvoDspActivitySnapshot.h"
 #include "dsp/TarvoDspFadedBiquadBatch.h"
 #include "dsp/TarvoDspFadedHLShelf.h"
 #include "dsp/TarvoDspMultichannelProcessor.h"
+
+#include <atomic>
+#include <cstdint>
 
 namespace ondo
 {
@@ -29,6 +33,10 @@ public:
     /// The block of a shelf that `beginBlock` found transparent, samples untouched.
     void passBlock();
 
+    /// Whether the last `beginBlock` could reuse the stage updates of the block before:
+    /// no hand-over since, every playing channel steady, the same channels live. For tests.
+    bool wasLastBlockQuiet() const { return quietBlock; }
+
     /// To each channel. Any thread without `immediately`; real-time safe.
     void setParameters(const HLShelfParameters& parameters, bool immediately);
     void setParameters(std::uint32_t channel, const HLShelfParameters& parameters, bool immediately);
@@ -54,5 +62,15 @@ private:
     /// What each channel's stage update gave for the block, once `beginBlock` ran.
     Vector<BiquadIPP*> begun;
     bool blockBegun = false;
+    /// Bumped by every channel's hand-over (release); read at the head of a block (acquire).
+    std::atomic<std::uint32_t> changes{0};
+    // The audio thread's memory of the last full round of stage updates.
+    std::uint32_t changesSeen = 0;
+    ActivitySnapshot activitySeen;
+    bool steadySeen = false;
+    bool transparentSeen = false;
+    bool quietBlock = false;
+    /// The last block went through `passBlock` whole: every begun section's memory is silent.
+    bool passedWhole = false;
 };
 } // namespace ondo

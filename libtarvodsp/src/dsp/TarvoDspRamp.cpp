@@ -114,16 +114,7 @@ void Ramp::fill(float* out, std::uint32_t n)
     currentValue = current;
 }
 
-float Ramp::getValue(std::uint64_t k) const
-{
-    if (totalSamples == 0)
-        return currentValue;
-    if (k >= remainingSamples)
-        return targetValue;
-    return currentValue + static_cast<float>(k) * increment;
-}
-
-float Ramp::advance(std::uint64_t k)
+float Ramp::advanceGlide(std::uint64_t k)
 {
     const std::uint64_t remaining = remainingSamples;
     if (remaining == 0)

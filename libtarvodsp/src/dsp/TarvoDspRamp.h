@@ -31,8 +31,16 @@ public:
 
     /// Writes the next `n` values and advances. Audio thread; real-time safe.
     void fill(float* out, std::uint32_t n);
-    /// The value `k` samples from now, without moving.
-    float getValue(std::uint64_t k = 0) const;
+    /// The value `k` samples from now, without moving. Inline: settled ramps are read many
+    /// times a block.
+    float getValue(std::uint64_t k = 0) const
+    {
+        if (totalSamples == 0)
+            return currentValue;
+        if (k >= remainingSamples)
+            return targetValue;
+        return currentValue + static_cast<float>(k) * increment;
+    }
     bool isRunning() const { return remainingSamples != 0; }
 
     float getCurrentValue() const { return currentValue; }
@@ -45,9 +53,16 @@ public:
 
     /// Moves `k` samples on at once (at most to the end of the glide) and returns the value
     /// reached; the target is taken exactly when the glide ends.
-    float advance(std::uint64_t k);
+    float advance(std::uint64_t k)
+    {
+        // A settled ramp answers here, without the call.
+        if (remainingSamples == 0)
+            return currentValue;
+        return advanceGlide(k);
+    }
 
 private:
+    float advanceGlide(std::uint64_t k);
     void jumpTo(float value);
 
     RelaxedAtomic<float> startValue = 0.0f;

@@ -52,6 +52,12 @@ void copyPendingGains(const Vector<float>& pending, Vector<float>& to)
 constexpr float silentGain = 0.0001f;
 /// Below this a start and a target are the same gain.
 constexpr float sameGain = 1e-06f;
+
+/// `position` modulo `length`; blocks are mostly shorter than a ramp, so the division is rare.
+inline std::int32_t wrapPosition(std::int64_t position, std::int32_t length)
+{
+    return static_cast<std::int32_t>(position < length ? position : position % length);
+}
 } // namespace
 
 SignalMatrix::SignalMatrix(std::uint32_t inputs, std::uint32_t outputs)
@@ -67,6 +73,7 @@ SignalMatrix::SignalMatrix(std::uint32_t inputs, std::uint32_t outputs)
     steadyGains.resize(startGains.size());
     steadyStart.resize(std::size_t(outputs) + 1);
     inputActive.resize(inputs);
+    gatheredActivity.reserve(inputs, outputs);
 }
 
 void SignalMatrix::addRamped(const float* in, float* out, std::uint32_t n, float from, float to)
@@ -164,6 +171,8 @@ void SignalMatrix::setSize(std::uint32_t inputs, std::uint32_t outputs)
     steadyGains.resize(n);
     steadyStart.resize(std::size_t(outputs) + 1);
     inputActive.resize(inputs);
+    gatheredActivity.reserve(inputs, outputs);
+    gatheredSettled = false;
     setRampTime(defaultRampTimeMs);
     setNumberOfInputs(inputs);
     setNumberOfOutputs(outputs);
@@ -256,8 +265,25 @@ void SignalMatrix::addSteady(float** outputs, float** inputs, std::uint32_t offs
     }
 }
 
+bool SignalMatrix::steadyTermsUnchanged() const
+{
+    // With every gain settled, only a write (which moves the sequence on), a new grid length
+    // (which may bring a boundary) or a change of inlets or outlets can change the terms.
+    const std::int32_t length = rampLength;
+    return gatheredSettled && settled && steady && length == gatheredLength && rampPosition < length &&
+           writeSequence.load(std::memory_order_acquire) == steadySequence &&
+           gatheredActivity.matches(getInletsAnalyzer());
+}
+
+void SignalMatrix::repeatSteadyTerms(std::uint32_t numSamples)
+{
+    const std::int32_t length = rampLength;
+    rampPosition = wrapPosition(static_cast<std::int64_t>(rampPosition) + numSamples, length);
+}
+
 bool SignalMatrix::gatherSteadyTerms(MixTerms* perOutput, float** inputs, std::uint32_t numSamples)
 {
+    gatheredSettled = false;
     const std::int32_t length = rampLength;
     if (length <= 0)
         return false;
@@ -287,9 +313,13 @@ bool SignalMatrix::gatherSteadyTerms(MixTerms* perOutput, float** inputs, std::u
     }
     if (idleBoundaries)
     {
-        rampPosition = static_cast<std::int32_t>((static_cast<std::int64_t>(position) + numSamples) % length);
+        rampPosition = wrapPosition(static_cast<std::int64_t>(position) + numSamples, length);
+        gatheredSettled = true;
+        gatheredLength = length;
+        gatheredActivity.take(getInletsAnalyzer());
         return true;
     }
+    gatheredSettled = false;
     rampPosition = position + static_cast<std::int32_t>(numSamples);
     if (rampPosition >= length)
     {
@@ -309,6 +339,7 @@ void SignalMatrix::process(float** outputs, float** inputs, std::uint32_t numSam
 
 void SignalMatrix::processAdd(float** outputs, float** inputs, std::uint32_t numSamples)
 {
+    gatheredSettled = false;
     const std::int32_t length = rampLength;
     if (length <= 0)
     {

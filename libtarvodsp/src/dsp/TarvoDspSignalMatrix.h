@@ -2,6 +2,7 @@
 
 #include "common/TarvoDspRelaxedAtomic.h"
 #include "containers/TarvoDspVector.h"
+#include "dsp/TarvoDspActivitySnapshot.h"
 #include "dsp/TarvoDspAudioProcessorWithOscInAudioInterrupt.h"
 #include "dsp/TarvoDspMixTerms.h"
 
@@ -37,6 +38,13 @@ public:
     /// that `processAdd` wouldn't, which must then run. The inputs must stay as they are
     /// until the terms are added. Audio thread; real-time safe.
     bool gatherSteadyTerms(MixTerms* perOutput, float** inputs, std::uint32_t numSamples);
+    /// Whether `gatherSteadyTerms` would now append exactly the terms it appended last, for
+    /// the same inputs: it last succeeded with every gain settled, and since then no gain was
+    /// written, the grid kept its length and no inlet or outlet changed. Audio thread.
+    bool steadyTermsUnchanged() const;
+    /// When `steadyTermsUnchanged`: takes the block as `gatherSteadyTerms` would, without
+    /// appending, for an owner that kept the terms. Audio thread; real-time safe.
+    void repeatSteadyTerms(std::uint32_t numSamples);
 
     /// Control thread; real-time safe. With `immediately`, or with no ramp, the gain jumps.
     void setGain(std::uint32_t input, std::uint32_t output, float value, bool immediately);
@@ -98,5 +106,9 @@ private:
     /// boundaries are idle while `writeSequence` stays at `steadySequence`. Audio thread.
     bool settled = false;
     std::uint32_t steadySequence = 0;
+    // What the last successful gather stood on, for `steadyTermsUnchanged`.
+    bool gatheredSettled = false;
+    std::int32_t gatheredLength = 0;
+    ActivitySnapshot gatheredActivity;
 };
 } // namespace ondo

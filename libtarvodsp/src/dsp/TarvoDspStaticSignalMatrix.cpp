@@ -14,6 +14,7 @@ StaticSignalMatrix::StaticSignalMatrix(std::uint32_t inputs, std::uint32_t outpu
       audibleStart(std::size_t(outputs) + 1)
 {
     terms.reserve(inputs);
+    gatheredActivity.reserve(inputs, outputs);
 }
 
 void StaticSignalMatrix::setGain(std::uint32_t input, std::uint32_t output, float value)
@@ -60,6 +61,14 @@ void StaticSignalMatrix::gatherTerms(MixTerms* perOutput, float** inputs)
     for (std::uint32_t o = 0; o < numOutputs; ++o)
         if (isOutletConnected(o))
             gatherOutputTerms(perOutput[o], o, inputs);
+    gathered = true;
+    gatheredActivity.take(getInletsAnalyzer());
+}
+
+bool StaticSignalMatrix::termsUnchanged() const
+{
+    return gathered && gainsVersion.load(std::memory_order_acquire) == listedVersion &&
+           gatheredActivity.matches(getInletsAnalyzer());
 }
 
 void StaticSignalMatrix::refreshAudiblePairs()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "containers/TarvoDspVector.h"
+#include "dsp/TarvoDspActivitySnapshot.h"
 #include "dsp/TarvoDspAudioProcessorWithOscInAudioInterrupt.h"
 #include "dsp/TarvoDspMixTerms.h"
 
@@ -24,6 +25,9 @@ public:
     /// Appends to `perOutput[o]` the terms that `processAdd` would add into output `o`, in its
     /// order, for an owner that adds them itself. Audio thread; real-time safe.
     void gatherTerms(MixTerms* perOutput, float** inputs);
+    /// Whether `gatherTerms` would now append exactly the terms it appended last, for the
+    /// same inputs: no gain written and no inlet or outlet changed since. Audio thread.
+    bool termsUnchanged() const;
 
     /// Any thread; real-time safe. Heard from the next block on.
     void setGain(std::uint32_t input, std::uint32_t output, float value);
@@ -50,5 +54,8 @@ private:
     Vector<std::uint32_t> audibleInputs;
     Vector<float> audibleGains;
     Vector<std::uint32_t> audibleStart;
+    // What the last gather stood on, for `termsUnchanged`.
+    bool gathered = false;
+    ActivitySnapshot gatheredActivity;
 };
 } // namespace ondo

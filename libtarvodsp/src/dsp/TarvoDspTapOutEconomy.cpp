@@ -20,9 +20,9 @@ const float* TapOutEconomy::processInPlace(float* scratch, std::uint32_t n)
 {
     if (economyEnabled)
         Delay::economise(activeMode, ramp);
-    if (const float* run = delay->findReadRun(n, ramp, activeMode))
+    if (const float* run = delay->findReadRun(n, ramp, activeMode, &readStart))
         return run;
-    delay->read(scratch, n, ramp, activeMode, allpassState);
+    delay->read(scratch, n, ramp, activeMode, allpassState, &readStart);
     return scratch;
 }
 

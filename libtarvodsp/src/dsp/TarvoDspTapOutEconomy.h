@@ -66,6 +66,7 @@ private:
     RelaxedAtomic<float> interpolationTime = Delay::defaultInterpolationTimeMs;
     Ramp ramp;
     float allpassState = 0.0f;
+    Delay::RoundedStart readStart;
     RelaxedAtomic<bool> economyEnabled = true;
 };
 } // namespace ondo

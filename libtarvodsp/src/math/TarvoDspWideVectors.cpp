@@ -19,21 +19,17 @@ bool askProcessor()
 
 // Asked at load, so that the audio thread never meets a first-use guard.
 const bool hasWideVectors = askProcessor();
-std::atomic<bool> wideVectorsAllowed{true};
 } // namespace
+
+std::atomic<bool> detail::wideVectorsInUse{hasWideVectors};
 
 bool processorHasWideVectors()
 {
     return hasWideVectors;
 }
 
-bool useWideVectors()
-{
-    return hasWideVectors && wideVectorsAllowed.load(std::memory_order_relaxed);
-}
-
 void allowWideVectors(bool allowed)
 {
-    wideVectorsAllowed.store(allowed, std::memory_order_relaxed);
+    detail::wideVectorsInUse.store(allowed && hasWideVectors, std::memory_order_relaxed);
 }
 } // namespace ondo::simd

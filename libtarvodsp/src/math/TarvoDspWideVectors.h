@@ -5,6 +5,7 @@
 // pick it at run time through `useWideVectors`; this is the one place that knows how.
 // AVX2 brings no FMA, so the wider bodies round every product and sum as the baseline does.
 
+#include <atomic>
 #include <cstring>
 
 #if (defined(__x86_64__) || defined(__i386__)) && (defined(__GNUC__) || defined(__clang__))
@@ -41,9 +42,18 @@ ONDO_KERNEL_INLINE void store(float* p, const V& v)
     std::memcpy(p, &v, sizeof v);
 }
 
+namespace detail
+{
+/// The processor has AVX2 and `allowWideVectors` did not turn it off.
+extern std::atomic<bool> wideVectorsInUse;
+} // namespace detail
+
 /// Whether the AVX2 bodies run: the processor has AVX2, unless `allowWideVectors(false)`.
-/// Any thread; real-time safe (a relaxed load).
-bool useWideVectors();
+/// Any thread; real-time safe (a relaxed load, inline: every kernel call asks).
+inline bool useWideVectors()
+{
+    return detail::wideVectorsInUse.load(std::memory_order_relaxed);
+}
 /// Lets the AVX2 bodies run where the processor has them, or keeps the baseline bodies, for
 /// tests and benchmarks that compare them. Any thread.
 void allowWideVectors(bool allowed);

@@ -529,3 +529,65 @@ TEST(Delay, ProcessAllocatesNothing)
     }
 }
 } // namespace
+
+// A reader keeps where its fixed delay starts and finds it again with integer steps. The
+// float position it stands for rounds differently only when the delay's fraction lies near
+// one half: across rings of 2^15 to 2^23 samples, write positions up to the ring's end and
+// delays a few ulps either side of one half, the kept start must read what a fresh one reads,
+// and a delay clear of one half must read round(delay) samples back.
+TEST(Delay, KeptStartOfARoundedReadFindsTheSameSamplesAsAFreshOne)
+{
+    std::vector<float> delays{0.0f, 1.0f, 979.902f, 1000.25f, 1000.75f, 7148.61f, 31000.1f};
+    for (const float half : {0.5f, 1000.5f, 20000.5f})
+    {
+        float below = half, above = half;
+        for (int ulps = 0; ulps < 40; ++ulps)
+        {
+            delays.push_back(below = std::nextafter(below, 0.0f));
+            delays.push_back(above = std::nextafter(above, 1e9f));
+        }
+        delays.push_back(half);
+    }
+    for (const float maximumMs : {200.0f, 600.0f, 60000.0f, 150000.0f})
+    {
+        auto delay = standing(ondo::Delay::nearest, 0.0f, maximumMs);
+        const std::uint64_t size = delay->getRingSize();
+        // Each sample holds its own index, so any start read wrongly shows.
+        std::vector<float> counting(ondo::Delay::maximumBlockSize);
+        for (std::uint64_t start = 0; start < size; start += counting.size())
+        {
+            for (std::size_t i = 0; i < counting.size(); ++i)
+                counting[i] = static_cast<float>(start + i);
+            delay->write(counting.data(), static_cast<std::uint32_t>(counting.size()));
+            delay->advance(static_cast<std::uint32_t>(counting.size()));
+        }
+        for (const std::uint64_t position : {std::uint64_t{0}, std::uint64_t{3}, size / 2 + 1, size - 64, size - 1})
+        {
+            delay->advance(static_cast<std::uint32_t>((position - delay->getWriteIndex()) & (size - 1)));
+            const float* ring = delay->findWriteRun(0) - position;
+            for (const float d : delays)
+            {
+                SCOPED_TRACE(testing::Message() << "ring " << size << " at " << position << " delay " << d);
+                ondo::Ramp at;
+                at.setTarget(d, true);
+                ondo::Delay::RoundedStart kept;
+                delay->findReadRun(16, at, ondo::Delay::nearest, &kept);
+                const float* fresh = delay->findReadRun(16, at, ondo::Delay::nearest);
+                ASSERT_EQ(delay->findReadRun(16, at, ondo::Delay::nearest, &kept), fresh);
+                // A float position below twice the ring is off by at most half its ulp.
+                const double fraction = static_cast<double>(d) - std::floor(static_cast<double>(d));
+                if (fresh != nullptr && std::fabs(fraction - 0.5) > static_cast<double>(size) * 0x1p-24)
+                {
+                    const auto back = static_cast<std::uint64_t>(std::lround(d));
+                    ASSERT_EQ(fresh, ring + ((position + size - back) & (size - 1)));
+                }
+                // Across the ring's end the copying reader takes the same start.
+                std::vector<float> viaKept(64), viaFresh(64);
+                float state = 0.0f;
+                delay->read(viaKept.data(), 64, at, ondo::Delay::nearest, state, &kept);
+                delay->read(viaFresh.data(), 64, at, ondo::Delay::nearest, state);
+                ASSERT_EQ(viaKept, viaFresh);
+            }
+        }
+    }
+}

@@ -1,4 +1,5 @@
 #include "dsp/TarvoDspFadedBiquad.h"
+#include "dsp/TarvoDspMultiFadedHLShelf.h"
 #include "dsp/TarvoDspPendingCoefficients.h"
 
 #include <gtest/gtest.h>
@@ -75,5 +76,55 @@ TEST(FadedFiltersConcurrency, CoefficientsSetWhileTheAudioThreadRuns)
     }
     EXPECT_TRUE(finite);
     EXPECT_EQ(block.back(), 0.25f);
+}
+// Shelves skip their stage updates in blocks where nothing was handed over: changes made
+// while the audio thread runs, through the shelf or straight to a channel, must all be seen,
+// so that the last design given is the one every channel plays in the end.
+TEST(FadedFiltersConcurrency, ShelvesSetWhileTheAudioThreadSkipsQuietBlocks)
+{
+    constexpr std::uint32_t numChannels = 4;
+    ondo::MultiFadedHLShelf multi(numChannels);
+    multi.setCrossfadeTime(1.0f);
+    const ondo::HLShelfParameters last{-3.0f, 0.0f, -1.0f, -2.0f, 177.0f, 5657.0f};
+    std::atomic<bool> running{true};
+    std::thread control([&] {
+        for (int i = 0; i < 2000; ++i)
+        {
+            const ondo::HLShelfParameters p{0.0f, 0.0f, -0.1f * static_cast<float>(i % 7), 0.0f, 177.0f, 5657.0f};
+            if (i % 2 == 0)
+                multi.setParameters(p, false);
+            else
+                multi.getChannel(static_cast<std::uint32_t>(i) % numChannels).setParameters(p, false);
+        }
+        multi.setParameters(last, false);
+        running = false;
+    });
+    std::vector<std::vector<float>> io(numChannels, std::vector<float>(64));
+    std::vector<float*> ptrs(numChannels);
+    const auto block = [&] {
+        for (std::uint32_t c = 0; c < numChannels; ++c)
+        {
+            std::fill(io[c].begin(), io[c].end(), 1.0f);
+            ptrs[c] = io[c].data();
+        }
+        if (multi.beginBlock())
+            multi.passBlock();
+        else
+            multi.process(ptrs.data(), ptrs.data(), 64);
+    };
+    while (running)
+        block();
+    control.join();
+    for (int b = 0; b < 20; ++b)
+        block();
+    ondo::FadedHLShelf reference;
+    reference.setParameters(last, true);
+    for (std::uint32_t c = 0; c < numChannels; ++c)
+    {
+        ASSERT_NE(multi.getChannel(c).getSteadyFilter(), nullptr) << c;
+        EXPECT_FALSE(multi.getChannel(c).isChangePending()) << c;
+        EXPECT_EQ(multi.getChannel(c).getSteadyFilter()->getCoefficients(), reference.getSteadyFilter()->getCoefficients())
+            << c;
+    }
 }
 } // namespace

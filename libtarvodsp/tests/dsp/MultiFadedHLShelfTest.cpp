@@ -113,6 +113,79 @@ TEST(MultiFadedHLShelf, SideBySideChannelsMatchChannelByChannel)
     EXPECT_GE(sideBySideBlocks, 10) << "the side-by-side path was taken";
 }
 
+// Steady blocks reuse the last round of stage updates. Changes that reach a channel any way
+// (through the shelf, straight to the channel, while its outlet is cut, by a rate change)
+// must still fade exactly as in a shelf of its own, and quiet blocks must occur between them.
+TEST(MultiFadedHLShelf, ChangesAfterQuietStretchesFadeAsInAShelfOfItsOwn)
+{
+    constexpr std::uint32_t numChannels = 3, n = 64;
+    const HLShelfParameters flat{};
+    struct Event
+    {
+        int block;
+        std::uint32_t channel; // numChannels: every channel, through the shelf
+        HLShelfParameters parameters;
+        bool connected = true; ///< channel 2's outlet from this block on
+    };
+    const std::vector<Event> events{
+        {10, 1, decay(1)},        // straight to the channel, past the shelf
+        {40, 2, decay(2), false}, // waits while the outlet is cut
+        {46, 2, decay(2), true},  // and fades once it is back
+        {80, numChannels, flat},  // every channel back to flat
+        {120, 0, decay(0)},
+    };
+    MultiFadedHLShelf multi(numChannels);
+    std::vector<FadedHLShelf> single(numChannels);
+    for (auto& s : single)
+    {
+        s.setCrossfadeTime(MultiFadedHLShelf::shelfCrossfadeTimeMs);
+        s.setParameters(flat, false);
+    }
+    std::vector<std::vector<float>> io(numChannels), expected(numChannels);
+    std::vector<float*> ptrs(numChannels);
+    bool connected = true;
+    int quietBlocks = 0;
+    for (int block = 0; block < 160; ++block)
+    {
+        for (const Event& e : events)
+        {
+            if (e.block != block)
+                continue;
+            for (std::uint32_t c = 0; c < numChannels; ++c)
+                if (e.channel == numChannels || e.channel == c)
+                {
+                    if (e.channel == numChannels)
+                        multi.setParameters(c, e.parameters, false);
+                    else
+                        multi.getChannel(c).setParameters(e.parameters, false);
+                    single[c].setParameters(e.parameters, false);
+                }
+            connected = e.connected;
+            const std::int16_t counts[2 * numChannels] = {1, 1, 1, 1, 1, connected ? std::int16_t{1} : std::int16_t{0}};
+            multi.setConnections(counts);
+        }
+        for (std::uint32_t c = 0; c < numChannels; ++c)
+        {
+            io[c] = noise(n, 1000u * static_cast<unsigned>(block) + c);
+            expected[c] = io[c];
+            ptrs[c] = io[c].data();
+            // A channel cut off gives silence and its stage waits.
+            if (c == 2 && !connected)
+                std::fill(expected[c].begin(), expected[c].end(), 0.0f);
+            else
+                single[c].filterBlock(expected[c].data(), expected[c].data(), n);
+        }
+        if (multi.beginBlock())
+            multi.passBlock();
+        else
+            multi.process(ptrs.data(), ptrs.data(), n);
+        quietBlocks += multi.wasLastBlockQuiet() ? 1 : 0;
+        for (std::uint32_t c = 0; c < numChannels; ++c)
+            ASSERT_EQ(io[c], expected[c]) << "block " << block << " channel " << c;
+    }
+    EXPECT_GE(quietBlocks, 40) << "the quiet path was taken";
+}
+
 TEST(MultiFadedHLShelf, ProcessingInPlaceAllocatesNothing)
 {
     MultiFadedHLShelf multi(8);

@@ -212,6 +212,63 @@ TEST(SignalMatrix, GatheredTermsAddAsProcessAddWhereTheGainsStandStill)
     EXPECT_GT(refused, 0);
 }
 
+// An owner may keep the terms of a gather and write them again while the matrix says they
+// stand: through a gain change, an inlet and an outlet cut and restored and a new ramp length,
+// the kept terms must sum as processAdd does, and be kept for whole stretches in between.
+TEST(SignalMatrix, KeptTermsAddAsProcessAddUntilAnythingMoves)
+{
+    SignalMatrix added(2, 2), kept(2, 2);
+    std::vector<ondo::MixTerms> terms(2);
+    for (auto& t : terms)
+        t.reserve(2);
+    Block in(2, 7); // the same buffers every block, as the kept terms require
+    bool held = false;
+    int repeated = 0;
+    for (int b = 0; b < 60; ++b)
+    {
+        // Inlet 1 is cut from block 20 to 24, outlet 0 from 30 to 34.
+        const std::int16_t counts[4] = {1, std::int16_t(b >= 20 && b < 24 ? 0 : 1), std::int16_t(b >= 30 && b < 34 ? 0 : 1), 1};
+        for (SignalMatrix* m : {&added, &kept})
+        {
+            if (b == 0)
+                useTenSampleRamps(*m);
+            if (b == 0 || b == 6)
+                m->setGainsForInput(0, std::vector<float>{0.5f + float(b), -0.25f}.data(), false);
+            if (b == 0)
+                m->setGain(1, 1, 0.75f, false);
+            if (b == 45)
+                m->setRampTime(2.5f);
+            m->setConnections(counts);
+            m->analyzeInlets(in.get(), 7);
+        }
+        for (std::uint32_t i = 0; i < 7; ++i)
+        {
+            in.data[0][i] = 1.0f + float(i + b);
+            in.data[1][i] = -3.0f * float(i) + float(b);
+        }
+        Block a(2, 7), k(2, 7);
+        added.processAdd(a.get(), in.get(), 7);
+        if (held && kept.steadyTermsUnchanged())
+        {
+            kept.repeatSteadyTerms(7);
+            ++repeated;
+        }
+        else
+        {
+            for (auto& t : terms)
+                t.forget();
+            held = kept.gatherSteadyTerms(terms.data(), in.get(), 7);
+            if (!held)
+                kept.processAdd(k.get(), in.get(), 7);
+        }
+        if (held)
+            for (std::uint32_t o = 0; o < 2; ++o)
+                terms[o].writeIntoKeeping(k.data[o].data(), 7);
+        ASSERT_EQ(k.data, a.data) << "block " << b;
+    }
+    EXPECT_GE(repeated, 30);
+}
+
 TEST(SignalMatrix, MixingAllocatesNothing)
 {
     SignalMatrix m(4, 4);
