@@ -217,12 +217,17 @@ void Reverb::runChunk(std::uint32_t n)
         lineReads[i] = taps[i]->processInPlace(tap[i], n);
     // The shelves run here rather than through their processor, whose inlets never change.
     // With air, a line's air filter follows its shelf sample by sample.
-    const bool air = airEnabled;
-    for (std::uint32_t i = 0; i < numChannels; ++i)
-        if (air)
+    // Alone, the shelves' stage updates go through their processor, which reuses the last
+    // ones while nothing is handed over.
+    if (airEnabled)
+        for (std::uint32_t i = 0; i < numChannels; ++i)
             shelves.add(filters.getChannel(i), airFilters[i]->getSecondOrder().getShelf(), tap[i], lineReads[i], n);
-        else
-            shelves.add(filters.getChannel(i), tap[i], lineReads[i], n);
+    else
+    {
+        ondo::BiquadIPP* const* begun = filters.beginChannelBlocks();
+        for (std::uint32_t i = 0; i < numChannels; ++i)
+            shelves.addBegun(filters.getChannel(i), begun[i], tap[i], lineReads[i], n);
+    }
     // Each chunk lands at the write position and only then moves it on, so chunks of any
     // sizes fill a line end to end, each sample once, and a sample comes back exactly its
     // delay later. A chunk is never longer than the shortest delay, so it never reads what

@@ -53,6 +53,14 @@ bool MultiFadedHLShelf::beginBlock()
     return transparent;
 }
 
+BiquadIPP* const* MultiFadedHLShelf::beginChannelBlocks()
+{
+    beginBlock();
+    blockBegun = false;
+    passedWhole = false;
+    return begun.data();
+}
+
 void MultiFadedHLShelf::passBlock()
 {
     // After a whole pass and a quiet start every section's memory is already silent.

@@ -32,6 +32,12 @@ public:
     bool beginBlock();
     /// The block of a shelf that `beginBlock` found transparent, samples untouched.
     void passBlock();
+    /// For owners that run the channels themselves: the stage updates of `beginBlock` (or a
+    /// quiet block's reuse of the last ones), and what each channel's gave: the instance that
+    /// plays alone through the block, or null for a channel that warms up, fades or is
+    /// silent. Each channel's block must follow: that instance's kernel, or else its
+    /// `runBlock`. Audio thread; real-time safe.
+    BiquadIPP* const* beginChannelBlocks();
 
     /// Whether the last `beginBlock` could reuse the stage updates of the block before:
     /// no hand-over since, every playing channel steady, the same channels live. For tests.
