@@ -184,6 +184,14 @@ void Reverb::processWithSums(float** outputs, float** inputs, float** sums, floa
                        });
 }
 
+bool Reverb::playsSteadily(ondo::BiquadIPP* const* begun) const
+{
+    for (std::uint32_t i = 0; i < numChannels; ++i)
+        if (begun[i] == nullptr || begun[i]->isGainOnlySection())
+            return false;
+    return true;
+}
+
 void Reverb::mixSums(std::uint32_t n)
 {
     float** in = inputsReference.getChannels();
@@ -215,19 +223,13 @@ void Reverb::runChunk(std::uint32_t n)
     // into them in place where it can.
     for (std::uint32_t i = 0; i < numChannels; ++i)
         lineReads[i] = taps[i]->processInPlace(tap[i], n);
-    // The shelves run here rather than through their processor, whose inlets never change.
-    // With air, a line's air filter follows its shelf sample by sample.
-    // Alone, the shelves' stage updates go through their processor, which reuses the last
-    // ones while nothing is handed over.
-    if (airEnabled)
+    // The shelves' stage updates come first. With air, a line's air filter follows its shelf
+    // sample by sample, and the batch takes each pair. Alone, the shelves' updates go through
+    // their processor, which reuses the last ones while nothing is handed over.
+    ondo::BiquadIPP* const* begun = airEnabled ? nullptr : filters.beginChannelBlocks();
+    if (begun == nullptr)
         for (std::uint32_t i = 0; i < numChannels; ++i)
             shelves.add(filters.getChannel(i), airFilters[i]->getSecondOrder().getShelf(), tap[i], lineReads[i], n);
-    else
-    {
-        ondo::BiquadIPP* const* begun = filters.beginChannelBlocks();
-        for (std::uint32_t i = 0; i < numChannels; ++i)
-            shelves.addBegun(filters.getChannel(i), begun[i], tap[i], lineReads[i], n);
-    }
     // Each chunk lands at the write position and only then moves it on, so chunks of any
     // sizes fill a line end to end, each sample once, and a sample comes back exactly its
     // delay later. A chunk is never longer than the shortest delay, so it never reads what
@@ -242,8 +244,11 @@ void Reverb::runChunk(std::uint32_t n)
     // the sum built in place, and the mixer writes the lines' next input out of place.
     float* const* mixTargets =
         canRunLateColumns(numChannels, f, g) ? shuffle.columnTargets(lineWrites.data()) : nullptr;
-    const ondo::FadedBiquadBatch::Steady steady =
-        mixTargets != nullptr ? shelves.takeSteady(numChannels) : ondo::FadedBiquadBatch::Steady{};
+    ondo::FadedBiquadBatch::Steady steady;
+    if (mixTargets != nullptr && begun != nullptr)
+        steady.first = playsSteadily(begun) ? begun : nullptr;
+    else if (mixTargets != nullptr)
+        steady = shelves.takeSteady(numChannels);
     if (steady.first != nullptr)
         runLateColumns({lineReads.data(), steady.first, steady.second, in, out, mixTargets, f, g,
                         shuffle.getColumnGain(), summing ? sumsReference.getChannels() : nullptr, dryFactor,
@@ -251,6 +256,8 @@ void Reverb::runChunk(std::uint32_t n)
                        numChannels, n);
     else
     {
+        for (std::uint32_t i = 0; begun != nullptr && i < numChannels; ++i)
+            shelves.addBegun(filters.getChannel(i), begun[i], tap[i], lineReads[i], n);
         shelves.run(n);
         outputThenInjectAll(tap, in, out, numChannels, n, f, g);
         if (summing)

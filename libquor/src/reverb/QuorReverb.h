@@ -119,6 +119,9 @@ private:
     void runChunk(std::uint32_t n);
     /// The mix of `processWithSums` over the chunk's lines, after the network ran.
     void mixSums(std::uint32_t n);
+    /// Whether every line's shelf plays one instance alone through the chunk that does the
+    /// work of a biquad, as the one-pass chunk needs.
+    bool playsSteadily(ondo::BiquadIPP* const* begun) const;
 
     std::uint32_t numChannels;
     ondo::RelaxedAtomic<float> tr0 = 1.995f;
