@@ -285,7 +285,7 @@ void TarvoVerb::renderBlock(std::uint32_t n)
                                 S, n);
     if (nonFinite > 0)
         nonFiniteInputCount = nonFiniteInputCount + nonFinite;
-    roomFilter.process(room, room, n);
+    filterInPlace(roomFilter, room, n);
 
     // The room chain, in series: each stage feeds the next. The early and cluster stages
     // leave their output in their own lines where they can, and the rest reads it there.
@@ -330,7 +330,7 @@ void TarvoVerb::renderBlock(std::uint32_t n)
             earlyFoldTerms.add(earlyChannels[i], earlyGains[i] * earlyFold);
         earlyFoldTerms.writeInto(pair[side], n);
     }
-    earlyFilter.process(pair, pair, n);
+    filterInPlace(earlyFilter, pair, n);
     if (repeat)
         panEarly->repeatTerms(n);
     else
@@ -352,6 +352,15 @@ void TarvoVerb::renderBlock(std::uint32_t n)
     if (allGathered && !repeat)
         keepTerms(direct, pair, late);
     termsKept = allGathered;
+}
+
+void TarvoVerb::filterInPlace(ondo::MultiFadedHLShelf& shelf, float** channels, std::uint32_t n)
+{
+    // A flat shelf's block leaves the samples as they are: only its stages move on.
+    if (shelf.beginBlock())
+        shelf.passBlock();
+    else
+        shelf.process(channels, channels, n);
 }
 
 void TarvoVerb::mixIntoOutputs(Pan& pan, float** panned, std::uint32_t n)

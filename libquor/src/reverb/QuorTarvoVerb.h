@@ -159,6 +159,8 @@ private:
     void updateLateDelays();
     void computeEarlyGainsNow();
     void renderBlock(std::uint32_t n);
+    /// A section shelf over its own channels, skipped where it is flat. Audio thread.
+    void filterInPlace(ondo::MultiFadedHLShelf& shelf, float** channels, std::uint32_t n);
     /// The panner's share of the outputs: its terms, gathered for one pass, or its own
     /// `processAdd` after the terms so far are added. Audio thread.
     void mixIntoOutputs(Pan& pan, float** panned, std::uint32_t n);
