@@ -29,6 +29,7 @@ void BiquadSections::allocate(int count)
     for (int i = 0; i < 2 * count; ++i)
         delayLine[i] = 0.0f;
     primitives::biquadInit(&handle, unit.data(), count, delayLine, memory);
+    liveDelayLine = primitives::biquadDelayLineInPlace(handle);
 }
 
 void BiquadSections::release()
@@ -37,6 +38,7 @@ void BiquadSections::release()
     primitives::freeMemory(delayLine);
     memory = nullptr;
     delayLine = nullptr;
+    liveDelayLine = nullptr;
     handle = nullptr;
     numSections = 0;
 }
@@ -48,6 +50,7 @@ void BiquadSections::install(const float* taps)
     // A refused section (a0 or b0 of 0) leaves it and the later ones as they were; the
     // status is deliberately not looked at.
     primitives::biquadInit(&handle, taps, numSections, getDelayLine(), memory);
+    liveDelayLine = primitives::biquadDelayLineInPlace(handle);
 }
 
 void BiquadSections::clear()

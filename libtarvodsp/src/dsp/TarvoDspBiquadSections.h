@@ -34,11 +34,7 @@ public:
     void setDelayLine(const float* values) { primitives::biquadSetDelayLine(handle, values); }
     /// The delay line the recursion runs on, to be read and written without a copy (the
     /// side-by-side kernel, once a block). Audio thread; real-time safe.
-    float* getDelayLineInPlace()
-    {
-        float* live = primitives::biquadDelayLineInPlace(handle);
-        return live != nullptr ? live : delayLine;
-    }
+    float* getDelayLineInPlace() { return liveDelayLine != nullptr ? liveDelayLine : delayLine; }
 
 private:
     void release();
@@ -47,5 +43,7 @@ private:
     primitives::BiquadState* handle = nullptr;
     std::uint8_t* memory = nullptr;
     float* delayLine = nullptr;
+    /// Where the primitive keeps the delay line it runs on, asked once each time it is set up.
+    float* liveDelayLine = nullptr;
 };
 } // namespace ondo
