@@ -5,6 +5,7 @@
 // kernel sources: everything here is inlined into each body and compiled for its caller.
 
 #include "dsp/TarvoDspBiquadIPP.h"
+#include "math/TarvoDspBiquadPrimitive.h"
 #include "math/TarvoDspWideVectors.h"
 
 namespace ondo::lanes
@@ -61,7 +62,7 @@ template <typename V>
 struct Lanes
 {
     static constexpr int width = widthOf<V>;
-    /// b0 b1 b2 a1 a2, a row of lanes each.
+    /// b0 c1 c2 a1 a2 (the primitive's own), a row of lanes each.
     alignas(sizeof(V)) float taps[5][width];
     alignas(sizeof(V)) float line[2][width];
     /// Each lane's own delay line, handed back at the end of the block.
@@ -78,13 +79,13 @@ struct Lanes
                 line[0][l] = line[1][l] = 0.0f;
                 continue;
             }
-            // Taps are installed with a0 = 1, so the primitive holds exactly these values.
+            // Taps are installed with a0 = 1, so the primitive works from exactly these values.
             const float* t = filters[l]->getTaps();
             float* z = filters[l]->getDelayLineInPlace();
             own[l] = z;
             taps[0][l] = t[0];
-            taps[1][l] = t[1];
-            taps[2][l] = t[2];
+            taps[1][l] = primitives::biquadStateInputTap(t[1], t[4], t[0]);
+            taps[2][l] = primitives::biquadStateInputTap(t[2], t[5], t[0]);
             taps[3][l] = t[4];
             taps[4][l] = t[5];
             line[0][l] = z[0];
@@ -102,19 +103,20 @@ struct Lanes
     }
 
     /// One sample of every lane, input in and output out. The same expressions as the
-    /// primitive's transposed direct form II.
+    /// primitive's recursion.
     ONDO_KERNEL_INLINE void next(V& sample, V& z0, V& z1) const
     {
-        V b0, b1, b2, a1, a2;
+        V b0, c1, c2, a1, a2;
         load(b0, taps[0]);
-        load(b1, taps[1]);
-        load(b2, taps[2]);
+        load(c1, taps[1]);
+        load(c2, taps[2]);
         load(a1, taps[3]);
         load(a2, taps[4]);
         const V x = sample;
         const V y = b0 * x + z0;
-        z0 = b1 * x + z1 - a1 * y;
-        z1 = b2 * x - a2 * y;
+        const V next = (z1 + c1 * x) - a1 * z0;
+        z1 = c2 * x - a2 * z0;
+        z0 = next;
         sample = y;
     }
 };

@@ -11,9 +11,10 @@ namespace
 constexpr std::uint32_t cascadeTag = 0x42514331; // "BQC1"
 constexpr std::size_t stateAlignment = 32;
 
+/// b0, the input's weights into the delay pair (see `biquadStateInputTap`), a1 and a2.
 struct Section
 {
-    float b0, b1, b2, a1, a2;
+    float b0, c1, c2, a1, a2;
 };
 } // namespace
 
@@ -90,8 +91,11 @@ Status biquadInit(BiquadState** handle, const float* taps, int numSections, cons
             break;
         }
         const float inverseA0 = 1.0f / t[3];
-        state->sections[s] = {t[0] * inverseA0, t[1] * inverseA0, t[2] * inverseA0, t[4] * inverseA0,
-                              t[5] * inverseA0};
+        const float b0 = t[0] * inverseA0;
+        const float a1 = t[4] * inverseA0;
+        const float a2 = t[5] * inverseA0;
+        state->sections[s] = {b0, biquadStateInputTap(t[1] * inverseA0, a1, b0),
+                              biquadStateInputTap(t[2] * inverseA0, a2, b0), a1, a2};
     }
     biquadSetDelayLine(state, delayLine);
     return status;
@@ -117,8 +121,9 @@ Status biquadProcess(const float* src, float* dst, int n, BiquadState* handle)
         {
             const float x = in[i];
             const float y = c.b0 * x + z0;
-            z0 = c.b1 * x + z1 - c.a1 * y;
-            z1 = c.b2 * x - c.a2 * y;
+            const float next = (z1 + c.c1 * x) - c.a1 * z0;
+            z1 = c.c2 * x - c.a2 * z0;
+            z0 = next;
             dst[i] = y;
         }
         handle->delayLine[2 * s] = z0;

@@ -23,7 +23,21 @@ Status biquadInit(BiquadState** handle, const float* taps, int numSections, cons
 
 /// Runs the cascade, transposed direct form II, section after section on each sample.
 /// `src` and `dst` may be the same. Real-time safe.
+///
+/// The delay pair moves as y = b0 x + z0; z0 = b1 x + z1 - a1 y; z1 = b2 x - a2 y, with y
+/// written out: z0 = (z1 + c1 x) - a1 z0 and z1 = c2 x - a2 z0, where c1 and c2 are
+/// `biquadStateInputTap` of (b1, a1) and (b2, a2). The same pair, the same output up to
+/// rounding; but the feedback is one product and one sum a sample instead of three
+/// operations, and a shelf's small c1 is not left to cancel between two large products.
 Status biquadProcess(const float* src, float* dst, int n, BiquadState* handle);
+
+/// b - a b0: the weight of the input in a delay-pair element once the output's share is
+/// taken out. Worked out in double from the single-precision taps and rounded once, so that
+/// every kernel that runs the recursion gets the same value.
+inline float biquadStateInputTap(float b, float a, float b0)
+{
+    return static_cast<float>(static_cast<double>(b) - static_cast<double>(a) * static_cast<double>(b0));
+}
 
 /// Copies two floats a section into the delay line; null zeroes it.
 Status biquadSetDelayLine(BiquadState* handle, const float* delayLine);

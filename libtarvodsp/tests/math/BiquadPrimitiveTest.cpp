@@ -72,6 +72,56 @@ TEST(BiquadPrimitive, CascadeMatchesDirectFormInDouble)
         EXPECT_NEAR(y[i], reference[i], 1e-4) << "at " << i;
 }
 
+// A low shelf merged with a high shelf has zeros next to its poles, so b1 and b2 nearly
+// equal a1 b0 and a2 b0. At 192 kHz with the low corner at 20 or 250 Hz, a recursion that
+// lets those products cancel rounds to about -100 and -111 dB below the signal; the
+// primitive must stay below -115 dB on the same single-precision taps.
+TEST(BiquadPrimitive, ShelfNearItsPolesKeepsRoundingNoiseLow)
+{
+    const double rate = 192000.0;
+    for (double lowCorner : {20.0, 250.0})
+    {
+        // First-order shelves by the bilinear transform: -6 dB below lowCorner, -3 dB above 8 kHz.
+        const auto shelf = [&](double f, double g, bool low, double (&b)[2], double (&a)[2]) {
+            const double k = std::tan(std::numbers::pi * f / rate);
+            const double s = std::sqrt(g);
+            const double a0 = low ? k / s + 1.0 : s * k + 1.0;
+            b[0] = (low ? k * s + 1.0 : s * k + g) / a0;
+            b[1] = (low ? k * s - 1.0 : s * k - g) / a0;
+            a[0] = 1.0;
+            a[1] = (low ? k / s - 1.0 : s * k - 1.0) / a0;
+        };
+        double bl[2], al[2], bh[2], ah[2];
+        shelf(lowCorner, std::pow(10.0, -6.0 / 20.0), true, bl, al);
+        shelf(8000.0, std::pow(10.0, -3.0 / 20.0), false, bh, ah);
+        const std::vector<float> taps = {static_cast<float>(bl[0] * bh[0]),
+                                         static_cast<float>(bl[0] * bh[1] + bl[1] * bh[0]),
+                                         static_cast<float>(bl[1] * bh[1]),
+                                         1.0f,
+                                         static_cast<float>(al[1] + ah[1]),
+                                         static_cast<float>(al[1] * ah[1])};
+        std::vector<float> x(100000);
+        std::uint32_t seed = 1;
+        for (float& v : x)
+        {
+            seed = seed * 1664525u + 1013904223u;
+            v = static_cast<float>(static_cast<std::int32_t>(seed >> 8) - (1 << 23)) / 8388608.0f;
+        }
+        Cascade c(1);
+        ASSERT_EQ(biquadInit(&c.handle, taps.data(), 1, nullptr, c.memory), done);
+        std::vector<float> y(x.size());
+        biquadProcess(x.data(), y.data(), static_cast<int>(x.size()), c.handle);
+        const auto reference = directFormOne(taps, x);
+        double error = 0.0, signal = 0.0;
+        for (std::size_t i = 0; i < x.size(); ++i)
+        {
+            error += (y[i] - reference[i]) * (y[i] - reference[i]);
+            signal += reference[i] * reference[i];
+        }
+        EXPECT_LT(10.0 * std::log10(error / signal), -115.0) << "low corner " << lowCorner << " Hz";
+    }
+}
+
 TEST(BiquadPrimitive, ReinitialisationWithSameDelayLineContinuesSeamlessly)
 {
     const std::vector<float> taps = {0.3f, 0.1f, 0.05f, 1.0f, -0.7f, 0.2f};
