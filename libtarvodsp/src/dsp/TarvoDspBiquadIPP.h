@@ -43,9 +43,11 @@ public:
             state->setDelayLine(nullptr);
         memoryIsSilent = true;
     }
-    /// The taps in force, six floats (a0 = 1) and the delay line: for the side-by-side
-    /// kernel of several channels.
+    /// The taps in force, six floats (a0 = 1).
     const float* getTaps() const { return taps.data(); }
+    /// What the recursion runs on, five floats (b0 c1 c2 a1 a2): for the side-by-side
+    /// kernel of several channels. Real-time safe.
+    const float* getRecursionTaps() const { return state->getRecursionTaps(); }
     BiquadSections& getSections()
     {
         memoryIsSilent = false;

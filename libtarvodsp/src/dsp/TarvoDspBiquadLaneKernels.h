@@ -5,7 +5,6 @@
 // kernel sources: everything here is inlined into each body and compiled for its caller.
 
 #include "dsp/TarvoDspBiquadIPP.h"
-#include "math/TarvoDspBiquadPrimitive.h"
 #include "math/TarvoDspWideVectors.h"
 
 namespace ondo::lanes
@@ -79,15 +78,11 @@ struct Lanes
                 line[0][l] = line[1][l] = 0.0f;
                 continue;
             }
-            // Taps are installed with a0 = 1, so the primitive works from exactly these values.
-            const float* t = filters[l]->getTaps();
+            const float* t = filters[l]->getRecursionTaps();
             float* z = filters[l]->getDelayLineInPlace();
             own[l] = z;
-            taps[0][l] = t[0];
-            taps[1][l] = primitives::biquadStateInputTap(t[1], t[4], t[0]);
-            taps[2][l] = primitives::biquadStateInputTap(t[2], t[5], t[0]);
-            taps[3][l] = t[4];
-            taps[4][l] = t[5];
+            for (int k = 0; k < 5; ++k)
+                taps[k][l] = t[k];
             line[0][l] = z[0];
             line[1][l] = z[1];
         }

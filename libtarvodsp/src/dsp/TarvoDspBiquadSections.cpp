@@ -30,6 +30,7 @@ void BiquadSections::allocate(int count)
         delayLine[i] = 0.0f;
     primitives::biquadInit(&handle, unit.data(), count, delayLine, memory);
     liveDelayLine = primitives::biquadDelayLineInPlace(handle);
+    recursionTaps = primitives::biquadRecursionTaps(handle);
 }
 
 void BiquadSections::release()
@@ -39,6 +40,7 @@ void BiquadSections::release()
     memory = nullptr;
     delayLine = nullptr;
     liveDelayLine = nullptr;
+    recursionTaps = nullptr;
     handle = nullptr;
     numSections = 0;
 }
@@ -51,6 +53,7 @@ void BiquadSections::install(const float* taps)
     // status is deliberately not looked at.
     primitives::biquadInit(&handle, taps, numSections, getDelayLine(), memory);
     liveDelayLine = primitives::biquadDelayLineInPlace(handle);
+    recursionTaps = primitives::biquadRecursionTaps(handle);
 }
 
 void BiquadSections::clear()

@@ -35,6 +35,9 @@ public:
     /// The delay line the recursion runs on, to be read and written without a copy (the
     /// side-by-side kernel, once a block). Audio thread; real-time safe.
     float* getDelayLineInPlace() { return liveDelayLine != nullptr ? liveDelayLine : delayLine; }
+    /// What the primitive's recursion runs on, five floats a section (see
+    /// `primitives::biquadRecursionTaps`); null before any install. Real-time safe.
+    const float* getRecursionTaps() const { return recursionTaps; }
 
 private:
     void release();
@@ -45,5 +48,7 @@ private:
     float* delayLine = nullptr;
     /// Where the primitive keeps the delay line it runs on, asked once each time it is set up.
     float* liveDelayLine = nullptr;
+    /// Where the primitive keeps the values its recursion runs on, asked along with it.
+    const float* recursionTaps = nullptr;
 };
 } // namespace ondo

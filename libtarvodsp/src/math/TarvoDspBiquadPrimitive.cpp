@@ -11,18 +11,24 @@ namespace
 constexpr std::uint32_t cascadeTag = 0x42514331; // "BQC1"
 constexpr std::size_t stateAlignment = 32;
 
-/// b0, the input's weights into the delay pair (see `biquadStateInputTap`), a1 and a2.
-struct Section
+/// What the recursion runs on, a section each: b0, the input's weights c1 and c2 into the
+/// delay pair (see `stateInputTap`), a1 and a2.
+constexpr int valuesPerSection = 5;
+
+/// b - a b0: the weight of the input in a delay-pair element once the output's share is
+/// taken out. In double from the single-precision taps (the product is exact there), then
+/// rounded once.
+float stateInputTap(float b, float a, float b0)
 {
-    float b0, c1, c2, a1, a2;
-};
+    return static_cast<float>(static_cast<double>(b) - static_cast<double>(a) * static_cast<double>(b0));
+}
 } // namespace
 
 struct BiquadState
 {
     std::uint32_t tag;
     int numSections;
-    Section* sections;
+    float* sections;
     float* delayLine; // z0, z1 of each section in turn
 };
 
@@ -31,7 +37,7 @@ namespace
 std::size_t bytesFor(int numSections)
 {
     const auto n = static_cast<std::size_t>(numSections);
-    return sizeof(BiquadState) + n * sizeof(Section) + 2 * n * sizeof(float) + stateAlignment;
+    return sizeof(BiquadState) + (valuesPerSection + 2) * n * sizeof(float) + stateAlignment;
 }
 
 /// Moves a delay line. A single section's two values move often (each block of a
@@ -77,8 +83,8 @@ Status biquadInit(BiquadState** handle, const float* taps, int numSections, cons
     auto* state = reinterpret_cast<BiquadState*>(base);
     state->tag = cascadeTag;
     state->numSections = numSections;
-    state->sections = reinterpret_cast<Section*>(base + sizeof(BiquadState));
-    state->delayLine = reinterpret_cast<float*>(state->sections + numSections);
+    state->sections = reinterpret_cast<float*>(base + sizeof(BiquadState));
+    state->delayLine = state->sections + valuesPerSection * numSections;
     *handle = state;
 
     Status status = done;
@@ -94,8 +100,12 @@ Status biquadInit(BiquadState** handle, const float* taps, int numSections, cons
         const float b0 = t[0] * inverseA0;
         const float a1 = t[4] * inverseA0;
         const float a2 = t[5] * inverseA0;
-        state->sections[s] = {b0, biquadStateInputTap(t[1] * inverseA0, a1, b0),
-                              biquadStateInputTap(t[2] * inverseA0, a2, b0), a1, a2};
+        float* section = state->sections + valuesPerSection * s;
+        section[0] = b0;
+        section[1] = stateInputTap(t[1] * inverseA0, a1, b0);
+        section[2] = stateInputTap(t[2] * inverseA0, a2, b0);
+        section[3] = a1;
+        section[4] = a2;
     }
     biquadSetDelayLine(state, delayLine);
     return status;
@@ -114,15 +124,16 @@ Status biquadProcess(const float* src, float* dst, int n, BiquadState* handle)
     const float* in = src;
     for (int s = 0; s < handle->numSections; ++s)
     {
-        const Section c = handle->sections[s];
+        const float* section = handle->sections + valuesPerSection * s;
+        const float b0 = section[0], c1 = section[1], c2 = section[2], a1 = section[3], a2 = section[4];
         float z0 = handle->delayLine[2 * s];
         float z1 = handle->delayLine[2 * s + 1];
         for (int i = 0; i < n; ++i)
         {
             const float x = in[i];
-            const float y = c.b0 * x + z0;
-            const float next = (z1 + c.c1 * x) - c.a1 * z0;
-            z1 = c.c2 * x - c.a2 * z0;
+            const float y = b0 * x + z0;
+            const float next = (z1 + c1 * x) - a1 * z0;
+            z1 = c2 * x - a2 * z0;
             z0 = next;
             dst[i] = y;
         }
@@ -150,6 +161,11 @@ Status biquadSetDelayLine(BiquadState* handle, const float* delayLine)
 float* biquadDelayLineInPlace(BiquadState* handle)
 {
     return handle != nullptr && handle->tag == cascadeTag ? handle->delayLine : nullptr;
+}
+
+const float* biquadRecursionTaps(const BiquadState* handle)
+{
+    return handle != nullptr && handle->tag == cascadeTag ? handle->sections : nullptr;
 }
 
 Status biquadGetDelayLine(const BiquadState* handle, float* delayLine)

@@ -25,19 +25,12 @@ Status biquadInit(BiquadState** handle, const float* taps, int numSections, cons
 /// `src` and `dst` may be the same. Real-time safe.
 ///
 /// The delay pair moves as y = b0 x + z0; z0 = b1 x + z1 - a1 y; z1 = b2 x - a2 y, with y
-/// written out: z0 = (z1 + c1 x) - a1 z0 and z1 = c2 x - a2 z0, where c1 and c2 are
-/// `biquadStateInputTap` of (b1, a1) and (b2, a2). The same pair, the same output up to
+/// written out: z0 = (z1 + c1 x) - a1 z0 and z1 = c2 x - a2 z0, where c1 = b1 - a1 b0 and
+/// c2 = b2 - a2 b0 are worked out once, at installation. The same pair, the same output up to
 /// rounding; but the feedback is one product and one sum a sample instead of three
 /// operations, and a shelf's small c1 is not left to cancel between two large products.
 Status biquadProcess(const float* src, float* dst, int n, BiquadState* handle);
 
-/// b - a b0: the weight of the input in a delay-pair element once the output's share is
-/// taken out. Worked out in double from the single-precision taps and rounded once, so that
-/// every kernel that runs the recursion gets the same value.
-inline float biquadStateInputTap(float b, float a, float b0)
-{
-    return static_cast<float>(static_cast<double>(b) - static_cast<double>(a) * static_cast<double>(b0));
-}
 
 /// Copies two floats a section into the delay line; null zeroes it.
 Status biquadSetDelayLine(BiquadState* handle, const float* delayLine);
@@ -48,4 +41,9 @@ Status biquadGetDelayLine(const BiquadState* handle, float* delayLine);
 /// The delay line itself (two floats a section), for a kernel that runs the recursion
 /// elsewhere and hands the state back; null for a handle that is not a cascade.
 float* biquadDelayLineInPlace(BiquadState* handle);
+
+/// What the recursion runs on, five floats a section: b0, c1, c2, a1, a2 (see
+/// `biquadProcess`), for a kernel that runs it elsewhere; null for a handle that is not a
+/// cascade.
+const float* biquadRecursionTaps(const BiquadState* handle);
 } // namespace ondo::primitives
