@@ -28,6 +28,7 @@ void AudioProcessorWithAutoMute::numberOfInletsChanged(std::uint32_t n)
     analyzer.resizeAnalysis(n);
     analyzer.inletsConnected.fill(1);
     analyzer.resetAnalysis();
+    analyzer.noteChange();
 }
 
 void AudioProcessorWithAutoMute::numberOfOutletsChanged(std::uint32_t n)
@@ -36,6 +37,7 @@ void AudioProcessorWithAutoMute::numberOfOutletsChanged(std::uint32_t n)
         return;
     analyzer.outletsConnected.resize(n);
     analyzer.outletsConnected.fill(1);
+    analyzer.noteChange();
 }
 
 void AudioProcessorWithAutoMute::analyzeInlets(float** inputs, std::uint32_t numSamples)
@@ -47,11 +49,20 @@ void AudioProcessorWithAutoMute::setConnections(const std::int16_t* counts)
 {
     if (counts == nullptr)
         return;
+    // Hosts may hand the same counts every block: only a real change is noted.
+    bool changed = false;
+    const auto set = [&changed](std::int16_t& connected, std::int16_t count) {
+        const std::int16_t value = count > 0 ? 1 : 0;
+        changed = changed || connected != value;
+        connected = value;
+    };
     for (std::size_t i = 0; i < analyzer.inletsConnected.size(); ++i)
-        analyzer.inletsConnected[i] = counts[i] > 0 ? 1 : 0;
+        set(analyzer.inletsConnected[i], counts[i]);
     const std::size_t firstOutlet = analyzer.inletsConnected.size();
     for (std::size_t j = 0; j < analyzer.outletsConnected.size(); ++j)
-        analyzer.outletsConnected[j] = counts[firstOutlet + j] > 0 ? 1 : 0;
+        set(analyzer.outletsConnected[j], counts[firstOutlet + j]);
+    if (changed)
+        analyzer.noteChange();
 }
 
 void AudioProcessorWithAutoMute::setAutoMuteActive(bool active)

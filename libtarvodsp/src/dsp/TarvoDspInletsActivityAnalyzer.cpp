@@ -14,12 +14,22 @@ void InletsActivityAnalyzer::resizeAnalysis(std::uint32_t numInlets)
 {
     inletsActive.resize(numInlets);
     silentSamples.resize(numInlets);
+    noteChange();
 }
 
 void InletsActivityAnalyzer::resetAnalysis()
 {
     silentSamples.clear();
     inletsActive.fill(1);
+    noteChange();
+}
+
+void InletsActivityAnalyzer::setActive(std::size_t inlet, std::int16_t value)
+{
+    if (inletsActive[inlet] == value)
+        return;
+    inletsActive[inlet] = value;
+    noteChange();
 }
 
 void InletsActivityAnalyzer::analyze(float** inputs, std::uint32_t numSamples)
@@ -28,12 +38,12 @@ void InletsActivityAnalyzer::analyze(float** inputs, std::uint32_t numSamples)
     {
         if (!active)
         {
-            inletsActive[i] = inletsConnected[i] == 1 ? 1 : 0;
+            setActive(i, inletsConnected[i] == 1 ? 1 : 0);
             continue;
         }
         if (inletsConnected[i] != 1)
         {
-            inletsActive[i] = 0;
+            setActive(i, 0);
             continue;
         }
         const float* x = inputs != nullptr ? inputs[i] : nullptr;
@@ -42,7 +52,7 @@ void InletsActivityAnalyzer::analyze(float** inputs, std::uint32_t numSamples)
         if (hasSignal)
         {
             silentSamples[i] = 0;
-            inletsActive[i] = 1;
+            setActive(i, 1);
         }
         else
         {
@@ -51,7 +61,7 @@ void InletsActivityAnalyzer::analyze(float** inputs, std::uint32_t numSamples)
         if (silentSamples[i] >= attackSamples)
         {
             silentSamples[i] = attackSamples;
-            inletsActive[i] = 0;
+            setActive(i, 0);
         }
     }
 }

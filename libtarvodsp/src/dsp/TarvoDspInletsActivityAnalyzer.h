@@ -31,5 +31,8 @@ public:
     bool active = false;
     float attackSeconds = 20.0f;
     std::uint64_t attackSamples = 882000;
+
+private:
+    void setActive(std::size_t inlet, std::int16_t value);
 };
 } // namespace ondo

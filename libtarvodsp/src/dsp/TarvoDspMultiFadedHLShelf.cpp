@@ -20,7 +20,6 @@ void MultiFadedHLShelf::setNumChannels(std::uint32_t n)
     MultichannelProcessor<FadedHLShelf>::setNumChannels(n);
     batch.reserve(n);
     begun.resize(n);
-    activitySeen.reserve(n, n);
     for (FadedHLShelf* channel : channels)
         channel->shareChangeCounter(&changes);
     changes.fetch_add(1, std::memory_order_release);

@@ -73,7 +73,6 @@ SignalMatrix::SignalMatrix(std::uint32_t inputs, std::uint32_t outputs)
     steadyGains.resize(startGains.size());
     steadyStart.resize(std::size_t(outputs) + 1);
     inputActive.resize(inputs);
-    gatheredActivity.reserve(inputs, outputs);
 }
 
 void SignalMatrix::addRamped(const float* in, float* out, std::uint32_t n, float from, float to)
@@ -171,7 +170,6 @@ void SignalMatrix::setSize(std::uint32_t inputs, std::uint32_t outputs)
     steadyGains.resize(n);
     steadyStart.resize(std::size_t(outputs) + 1);
     inputActive.resize(inputs);
-    gatheredActivity.reserve(inputs, outputs);
     gatheredSettled = false;
     setRampTime(defaultRampTimeMs);
     setNumberOfInputs(inputs);

@@ -14,7 +14,6 @@ StaticSignalMatrix::StaticSignalMatrix(std::uint32_t inputs, std::uint32_t outpu
       audibleStart(std::size_t(outputs) + 1)
 {
     terms.reserve(inputs);
-    gatheredActivity.reserve(inputs, outputs);
 }
 
 void StaticSignalMatrix::setGain(std::uint32_t input, std::uint32_t output, float value)

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <vector>
 
 namespace
@@ -213,8 +214,9 @@ TEST(SignalMatrix, GatheredTermsAddAsProcessAddWhereTheGainsStandStill)
 }
 
 // An owner may keep the terms of a gather and write them again while the matrix says they
-// stand: through a gain change, an inlet and an outlet cut and restored and a new ramp length,
-// the kept terms must sum as processAdd does, and be kept for whole stretches in between.
+// stand: through a gain change, an inlet and an outlet cut and restored, a new ramp length,
+// and an inlet that falls silent long enough to be muted and then wakes, the kept terms must
+// sum as processAdd does, and be kept for whole stretches in between.
 TEST(SignalMatrix, KeptTermsAddAsProcessAddUntilAnythingMoves)
 {
     SignalMatrix added(2, 2), kept(2, 2);
@@ -222,12 +224,17 @@ TEST(SignalMatrix, KeptTermsAddAsProcessAddUntilAnythingMoves)
     for (auto& t : terms)
         t.reserve(2);
     Block in(2, 7); // the same buffers every block, as the kept terms require
+    // Inlet 0 silent for the one-second attack (the analysis counts at 44100 Hz), inlet 1 not.
+    Block longSilence(2, 44100);
+    std::fill(longSilence.data[1].begin(), longSilence.data[1].end(), 1.0f);
     bool held = false;
     int repeated = 0;
-    for (int b = 0; b < 60; ++b)
+    for (int b = 0; b < 70; ++b)
     {
-        // Inlet 1 is cut from block 20 to 24, outlet 0 from 30 to 34.
-        const std::int16_t counts[4] = {1, std::int16_t(b >= 20 && b < 24 ? 0 : 1), std::int16_t(b >= 30 && b < 34 ? 0 : 1), 1};
+        // Inlet 1 is cut from block 20 to 24, outlet 0 from 30 to 34 and for block 61, so that
+        // the terms are gathered again while inlet 0 is muted.
+        const bool outletCut = (b >= 30 && b < 34) || b == 61;
+        const std::int16_t counts[4] = {1, std::int16_t(b >= 20 && b < 24 ? 0 : 1), std::int16_t(outletCut ? 0 : 1), 1};
         for (SignalMatrix* m : {&added, &kept})
         {
             if (b == 0)
@@ -239,13 +246,20 @@ TEST(SignalMatrix, KeptTermsAddAsProcessAddUntilAnythingMoves)
             if (b == 45)
                 m->setRampTime(2.5f);
             m->setConnections(counts);
-            m->analyzeInlets(in.get(), 7);
+            if (b == 60)
+            {
+                m->setAutoMuteAttack(1.0f);
+                m->analyzeInlets(longSilence.get(), 44100);
+            }
         }
+        // Inlet 0 stays silent, and muted, until block 64.
         for (std::uint32_t i = 0; i < 7; ++i)
         {
-            in.data[0][i] = 1.0f + float(i + b);
+            in.data[0][i] = b >= 60 && b < 64 ? 0.0f : 1.0f + float(i + b);
             in.data[1][i] = -3.0f * float(i) + float(b);
         }
+        for (SignalMatrix* m : {&added, &kept})
+            m->analyzeInlets(in.get(), 7);
         Block a(2, 7), k(2, 7);
         added.processAdd(a.get(), in.get(), 7);
         if (held && kept.steadyTermsUnchanged())
