@@ -1,5 +1,6 @@
 #include "reverb/QuorLateColumns.h"
 
+#include "TestBiquads.h"
 #include "TestSignals.h"
 #include "dsp/TarvoDspFastHadamardTransform.h"
 #include "math/TarvoDspWideVectors.h"
@@ -12,15 +13,7 @@
 
 namespace
 {
-/// A section with poles near the unit circle, different for each line and stage.
-std::unique_ptr<ondo::BiquadIPP> section(int index)
-{
-    auto biquad = std::make_unique<ondo::BiquadIPP>();
-    const float r = 0.85f + 0.004f * static_cast<float>(index);
-    const float taps[6] = {0.4f, -0.3f + 0.01f * static_cast<float>(index), 0.2f, 1.0f, -1.5f * r, r * r};
-    biquad->setCoefficients(taps);
-    return biquad;
-}
+using tarvo::testing::resonantSection;
 
 /// One line's filters twice: those the pass runs, and those the steps run.
 struct LineFilters
@@ -53,7 +46,8 @@ TEST(LateColumns, OnePassEqualsTheStepsInTurn)
                         for (std::uint32_t l = 0; l < lines; ++l)
                         {
                             const auto i = static_cast<int>(l);
-                            filters[l] = {section(i), section(i + 20), section(i), section(i + 20)};
+                            filters[l] = {resonantSection(i), resonantSection(i + 20), resonantSection(i),
+                                          resonantSection(i + 20)};
                             shelves.push_back(filters[l].shelf.get());
                             airs.push_back(filters[l].air.get());
                         }

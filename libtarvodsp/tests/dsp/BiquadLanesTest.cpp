@@ -1,5 +1,6 @@
 #include "dsp/TarvoDspBiquadLanes.h"
 
+#include "TestBiquads.h"
 #include "TestSignals.h"
 #include "math/TarvoDspWideVectors.h"
 
@@ -10,15 +11,7 @@
 
 namespace
 {
-/// A section with poles near the unit circle, different on each channel.
-std::unique_ptr<ondo::BiquadIPP> section(int channel)
-{
-    auto biquad = std::make_unique<ondo::BiquadIPP>();
-    const float r = 0.9f + 0.005f * static_cast<float>(channel);
-    const float taps[6] = {0.3f, -0.2f + 0.01f * static_cast<float>(channel), 0.1f, 1.0f, -1.6f * r, r * r};
-    biquad->setCoefficients(taps);
-    return biquad;
-}
+using tarvo::testing::resonantSection;
 
 // Every channel of the side-by-side kernel must give, bit for bit, what its own filter gives
 // (or its two filters in turn), and carry its delay lines on alike: with the baseline bodies
@@ -40,11 +33,11 @@ TEST(BiquadLanes, SideBySideMatchesEachChannelsOwnFiltersInEveryBody)
                 std::vector<const float*> inputs;
                 for (int c = 0; c < count; ++c)
                 {
-                    lanes.push_back(section(c));
-                    alone.push_back(section(c));
+                    lanes.push_back(resonantSection(c));
+                    alone.push_back(resonantSection(c));
                     filters.push_back(lanes.back().get());
-                    secondLanes.push_back(section(count + c));
-                    secondAlone.push_back(section(count + c));
+                    secondLanes.push_back(resonantSection(count + c));
+                    secondAlone.push_back(resonantSection(count + c));
                     seconds.push_back(secondLanes.back().get());
                 }
                 for (int block = 0; block < 3; ++block)

@@ -22,6 +22,19 @@ void useTenSampleRamps(SignalMatrix& m)
     m.setRampTime(1.25f);
 }
 
+/// The gain changes that twin matrices go through, one adding itself and the other handing
+/// its terms over: ten-sample ramps, two gains of input 0 set at block 0 and changed at block
+/// 6, one gain of input 1 set at block 0.
+void changeGainsAsTwinsDo(SignalMatrix& m, int block)
+{
+    if (block == 0)
+        useTenSampleRamps(m);
+    if (block == 0 || block == 6)
+        m.setGainsForInput(0, std::vector<float>{0.5f + float(block), -0.25f}.data(), false);
+    if (block == 0)
+        m.setGain(1, 1, 0.75f, false);
+}
+
 std::vector<float> run(SignalMatrix& m, std::uint32_t n)
 {
     Block in(1, n, 1.0f), out(1, n, 7.0f);
@@ -175,12 +188,7 @@ TEST(SignalMatrix, GatheredTermsAddAsProcessAddWhereTheGainsStandStill)
     {
         for (SignalMatrix* m : {&added, &gathered})
         {
-            if (b == 0)
-                useTenSampleRamps(*m);
-            if (b == 0 || b == 6)
-                m->setGainsForInput(0, std::vector<float>{0.5f + float(b), -0.25f}.data(), false);
-            if (b == 0)
-                m->setGain(1, 1, 0.75f, false);
+            changeGainsAsTwinsDo(*m, b);
         }
         Block in(2, 7), a(2, 7, 0.5f), g(2, 7, 0.5f);
         for (std::uint32_t i = 0; i < 7; ++i)
@@ -237,12 +245,7 @@ TEST(SignalMatrix, KeptTermsAddAsProcessAddUntilAnythingMoves)
         const std::int16_t counts[4] = {1, std::int16_t(b >= 20 && b < 24 ? 0 : 1), std::int16_t(outletCut ? 0 : 1), 1};
         for (SignalMatrix* m : {&added, &kept})
         {
-            if (b == 0)
-                useTenSampleRamps(*m);
-            if (b == 0 || b == 6)
-                m->setGainsForInput(0, std::vector<float>{0.5f + float(b), -0.25f}.data(), false);
-            if (b == 0)
-                m->setGain(1, 1, 0.75f, false);
+            changeGainsAsTwinsDo(*m, b);
             if (b == 45)
                 m->setRampTime(2.5f);
             m->setConnections(counts);
