@@ -27,8 +27,7 @@ void AudioProcessorWithAutoMute::numberOfInletsChanged(std::uint32_t n)
     analyzer.inletsConnected.resize(n);
     analyzer.resizeAnalysis(n);
     analyzer.inletsConnected.fill(1);
-    analyzer.resetAnalysis();
-    analyzer.noteChange();
+    analyzer.resetAnalysis(); // which notes the change
 }
 
 void AudioProcessorWithAutoMute::numberOfOutletsChanged(std::uint32_t n)

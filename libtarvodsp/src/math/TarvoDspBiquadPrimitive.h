@@ -31,7 +31,6 @@ Status biquadInit(BiquadState** handle, const float* taps, int numSections, cons
 /// operations, and a shelf's small c1 is not left to cancel between two large products.
 Status biquadProcess(const float* src, float* dst, int n, BiquadState* handle);
 
-
 /// Copies two floats a section into the delay line; null zeroes it.
 Status biquadSetDelayLine(BiquadState* handle, const float* delayLine);
 

@@ -1,4 +1,6 @@
 #include "math/TarvoDspBiquadPrimitive.h"
+
+#include "TestSignals.h"
 #include "math/TarvoDspPrimitiveMemory.h"
 
 #include <gtest/gtest.h>
@@ -100,13 +102,7 @@ TEST(BiquadPrimitive, ShelfNearItsPolesKeepsRoundingNoiseLow)
                                          1.0f,
                                          static_cast<float>(al[1] + ah[1]),
                                          static_cast<float>(al[1] * ah[1])};
-        std::vector<float> x(100000);
-        std::uint32_t seed = 1;
-        for (float& v : x)
-        {
-            seed = seed * 1664525u + 1013904223u;
-            v = static_cast<float>(static_cast<std::int32_t>(seed >> 8) - (1 << 23)) / 8388608.0f;
-        }
+        const std::vector<float> x = tarvo::testing::seededNoise(100000, 1);
         Cascade c(1);
         ASSERT_EQ(biquadInit(&c.handle, taps.data(), 1, nullptr, c.memory), done);
         std::vector<float> y(x.size());
