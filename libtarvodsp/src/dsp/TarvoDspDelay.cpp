@@ -225,17 +225,6 @@ void Delay::processWritten(float* output, std::uint32_t n)
     advance(n);
 }
 
-float* Delay::processWrittenInPlace(float* scratch, std::uint32_t n)
-{
-    if (const float* run = findReadRun(n, delayRamp, interpolationMode, &ownStart))
-    {
-        advance(n);
-        return const_cast<float*>(run); // the ring's own storage, which this line owns
-    }
-    processWritten(scratch, n);
-    return scratch;
-}
-
 void Delay::setSampleRate(float rate)
 {
     sampleRate = clampSampleRate(rate);

@@ -78,7 +78,17 @@ public:
     /// `processWritten` that leaves the block where it lies when the line holds it as `read`
     /// would give it in one run: returns the line's own samples (to be read only, until the
     /// line is next written), or `scratch` holding them. Audio thread; real-time safe.
-    float* processWrittenInPlace(float* scratch, std::uint32_t n);
+    float* processWrittenInPlace(float* scratch, std::uint32_t n)
+    {
+        // Inline: lines are run by the dozen every block, most of them steady.
+        if (const float* run = findReadRun(n, delayRamp, interpolationMode, &ownStart))
+        {
+            advance(n);
+            return const_cast<float*>(run); // the ring's own storage, which this line owns
+        }
+        processWritten(scratch, n);
+        return scratch;
+    }
     /// Keeps the delay in samples; empties the line. Control thread, between blocks; allocates.
     void setSampleRate(float rate) override;
     /// Resizes the ramp scratch and empties the line. Control thread, between blocks; allocates.

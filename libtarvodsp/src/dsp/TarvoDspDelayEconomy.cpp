@@ -22,13 +22,6 @@ void DelayEconomy::processWritten(float* output, std::uint32_t numSamples)
     delay.processWritten(output, numSamples);
 }
 
-float* DelayEconomy::processWrittenInPlace(float* scratch, std::uint32_t numSamples)
-{
-    if (economyEnabled)
-        Delay::economise(delay.interpolationMode, delay.delayRamp);
-    return delay.processWrittenInPlace(scratch, numSamples);
-}
-
 void DelayEconomy::setDelay(float ms, bool immediate)
 {
     delay.setDelay(ms, immediate);

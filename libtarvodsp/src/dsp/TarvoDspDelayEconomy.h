@@ -24,7 +24,12 @@ public:
     /// `process` for a block already in the line. Audio thread; real-time safe.
     void processWritten(float* output, std::uint32_t numSamples);
     /// The same, leaving the block in the line where it can (`Delay::processWrittenInPlace`).
-    float* processWrittenInPlace(float* scratch, std::uint32_t numSamples);
+    float* processWrittenInPlace(float* scratch, std::uint32_t numSamples)
+    {
+        if (economyEnabled)
+            Delay::economise(delay.interpolationMode, delay.delayRamp);
+        return delay.processWrittenInPlace(scratch, numSamples);
+    }
     /// Control thread, between blocks; allocates.
     void setSampleRate(float rate) override { delay.changeSampleRate(rate); }
     void setBufferSize(std::uint32_t size) override { delay.changeBufferSize(size); }

@@ -16,7 +16,7 @@ void TapOutEconomy::process(float* output, std::uint32_t n)
         std::memcpy(output, samples, n * sizeof(float));
 }
 
-const float* TapOutEconomy::processInPlace(float* scratch, std::uint32_t n)
+const float* TapOutEconomy::economiseThenRead(float* scratch, std::uint32_t n)
 {
     if (economyEnabled)
         Delay::economise(activeMode, ramp);

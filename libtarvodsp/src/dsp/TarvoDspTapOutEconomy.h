@@ -26,7 +26,16 @@ public:
     /// `process` without the copy where it can: where the `n` samples lie in the line when a
     /// read would copy them as they are, else `scratch` after reading them into it. Valid
     /// until the line is next written. Audio thread; real-time safe.
-    const float* processInPlace(float* scratch, std::uint32_t n);
+    const float* processInPlace(float* scratch, std::uint32_t n)
+    {
+        // A tap already reading with "nearest" is what the economy rule leaves as it is; at a
+        // delay whose start it keeps, the run is found inline. Taps are read by the dozen
+        // every block, most of them steady.
+        if (activeMode.load() == Delay::nearest)
+            if (const float* run = delay->findReadRun(n, ramp, Delay::nearest, &readStart))
+                return run;
+        return economiseThenRead(scratch, n);
+    }
 
     /// Glides to `ms` over the interpolation time, or jumps with `immediate`, and puts the
     /// requested interpolator back into use. Negative values count as 0. A delay beyond the
@@ -58,6 +67,8 @@ public:
 
 private:
     friend class MultiTapOutEconomy;
+
+    const float* economiseThenRead(float* scratch, std::uint32_t n);
 
     RelaxedAtomic<Delay::InterpolationMode> requestedMode;
     Delay* delay;
