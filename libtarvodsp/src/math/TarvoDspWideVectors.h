@@ -6,7 +6,8 @@
 // AVX2 brings no FMA, so the wider bodies round every product and sum as the baseline does.
 
 #include <atomic>
-#include <cstring>
+#include <type_traits>
+#include <utility>
 
 #if (defined(__x86_64__) || defined(__i386__)) && (defined(__GNUC__) || defined(__clang__))
 #define ONDO_WIDE_VECTORS 1
@@ -30,16 +31,32 @@ using Floats4 = float __attribute__((vector_size(16)));
 using Floats8 = float __attribute__((vector_size(32)));
 
 // Unaligned. Vectors pass by reference: a wide vector by value would change the baseline's ABI.
+// A store goes through a vector of floats rather than memcpy, which may write anything: a
+// kernel's arrays of channel pointers then stay in registers across its stores instead of
+// being read again after each one.
+/// A float, or a vector of floats: what a store may write into floats.
+template <typename V>
+constexpr bool holdsFloats()
+{
+    if constexpr (std::is_same_v<V, float>)
+        return true;
+    else
+        return std::is_same_v<std::remove_cvref_t<decltype(std::declval<V&>()[0])>, float>;
+}
+
 template <typename V>
 ONDO_KERNEL_INLINE void load(V& v, const float* p)
 {
-    std::memcpy(&v, p, sizeof v);
+    typedef V Unaligned __attribute__((aligned(alignof(float)), may_alias));
+    v = *reinterpret_cast<const Unaligned*>(p);
 }
 
 template <typename V>
 ONDO_KERNEL_INLINE void store(float* p, const V& v)
 {
-    std::memcpy(p, &v, sizeof v);
+    static_assert(holdsFloats<V>());
+    typedef V Unaligned __attribute__((aligned(alignof(float))));
+    *reinterpret_cast<Unaligned*>(p) = v;
 }
 
 namespace detail
