@@ -30,11 +30,7 @@ namespace ondo::simd
 using Floats4 = float __attribute__((vector_size(16)));
 using Floats8 = float __attribute__((vector_size(32)));
 
-// Unaligned. Vectors pass by reference: a wide vector by value would change the baseline's ABI.
-// A store goes through a vector of floats rather than memcpy, which may write anything: a
-// kernel's arrays of channel pointers then stay in registers across its stores instead of
-// being read again after each one.
-/// A float, or a vector of floats: what a store may write into floats.
+/// A float, or a vector of floats: what the loads and stores below move.
 template <typename V>
 constexpr bool holdsFloats()
 {
@@ -44,10 +40,16 @@ constexpr bool holdsFloats()
         return std::is_same_v<std::remove_cvref_t<decltype(std::declval<V&>()[0])>, float>;
 }
 
+// Unaligned. Vectors pass by reference: a wide vector by value would change the baseline's ABI.
+// They move as floats rather than through memcpy, which may write anything: a kernel's arrays
+// of channel pointers then stay in registers across its stores instead of being read again
+// after each one.
 template <typename V>
 ONDO_KERNEL_INLINE void load(V& v, const float* p)
 {
-    typedef V Unaligned __attribute__((aligned(alignof(float)), may_alias));
+    static_assert(holdsFloats<V>());
+    // A local typedef: clang drops the lowered alignment from an alias template.
+    typedef V Unaligned __attribute__((aligned(alignof(float))));
     v = *reinterpret_cast<const Unaligned*>(p);
 }
 

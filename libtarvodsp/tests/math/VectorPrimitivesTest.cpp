@@ -186,34 +186,45 @@ TEST(VectorPrimitives, SetZeroCopyOnUnalignedPointers)
 
 TEST(VectorPrimitives, SeveralProductsAddAsTheSameSumsInOrder)
 {
-    // 37 samples cover both the runs held in registers and the tail, in either body.
+    // 37 samples cover both the runs held in registers and the tail, in either body. Every
+    // buffer starts one float past the allocation's alignment, where an aligned vector move
+    // would fault.
     constexpr int n = 37;
     const auto start = seededFloats(n, 7);
-    const std::vector<std::vector<float>> sources{seededFloats(n, 8), seededFloats(n, 9), seededFloats(n, 10)};
+    const auto offAlignment = [](std::vector<float> v) {
+        v.insert(v.begin(), -99.0f);
+        return v;
+    };
+    const std::vector<std::vector<float>> sources{offAlignment(seededFloats(n, 8)), offAlignment(seededFloats(n, 9)),
+                                                  offAlignment(seededFloats(n, 10))};
     const float gains[] = {0.3f, -1.7f, 0.0625f};
-    const float* pointers[] = {sources[0].data(), sources[1].data(), sources[2].data()};
+    const float* pointers[] = {sources[0].data() + 1, sources[1].data() + 1, sources[2].data() + 1};
+    const auto source = [&](int k, int i) { return sources[k][i + 1]; };
     for (const bool wide : {false, true})
     {
         ondo::simd::allowWideVectors(wide);
-        std::vector<float> fused = start;
-        ASSERT_EQ(vectorAddProductsConstant32(pointers, gains, 3, fused.data(), n), done);
+        std::vector<float> fused = offAlignment(start);
+        ASSERT_EQ(vectorAddProductsConstant32(pointers, gains, 3, fused.data() + 1, n), done);
         for (int i = 0; i < n; ++i)
         {
             float expected = start[i];
             for (int k = 0; k < 3; ++k)
-                expected = expected + sources[k][i] * gains[k];
-            EXPECT_EQ(fused[i], expected) << "sample " << i << (wide ? ", wide body" : "");
+                expected = expected + source(k, i) * gains[k];
+            EXPECT_EQ(fused[i + 1], expected) << "sample " << i << (wide ? ", wide body" : "");
         }
-        std::vector<float> untouched = start;
-        EXPECT_EQ(vectorAddProductsConstant32(pointers, gains, 0, untouched.data(), n), done);
-        EXPECT_EQ(untouched, start);
+        EXPECT_EQ(fused[0], -99.0f);
+        std::vector<float> untouched = offAlignment(start);
+        EXPECT_EQ(vectorAddProductsConstant32(pointers, gains, 0, untouched.data() + 1, n), done);
+        EXPECT_EQ(untouched, offAlignment(start));
         // Written rather than added to: the sums start from 0, whatever the output held.
-        std::vector<float> written = start;
-        ASSERT_EQ(vectorProductsConstant32(pointers, gains, 3, written.data(), n), done);
+        std::vector<float> written = offAlignment(start);
+        ASSERT_EQ(vectorProductsConstant32(pointers, gains, 3, written.data() + 1, n), done);
         for (int i = 0; i < n; ++i)
-            EXPECT_EQ(written[i], (0.0f + sources[0][i] * gains[0] + sources[1][i] * gains[1]) + sources[2][i] * gains[2])
+            EXPECT_EQ(written[i + 1],
+                      (0.0f + source(0, i) * gains[0] + source(1, i) * gains[1]) + source(2, i) * gains[2])
                 << "sample " << i << (wide ? ", wide body" : "");
-        EXPECT_EQ(vectorProductsConstant32(pointers, gains, 0, written.data(), n), done);
+        EXPECT_EQ(vectorProductsConstant32(pointers, gains, 0, written.data() + 1, n), done);
+        written.erase(written.begin());
         EXPECT_EQ(written, std::vector<float>(n, 0.0f));
     }
     ondo::simd::allowWideVectors(true);
