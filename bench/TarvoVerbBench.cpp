@@ -1,6 +1,7 @@
 #include "BenchSupport.h"
 
 #include "math/TarvoDspDenormals.h"
+#include "math/TarvoDspPoint3Array.h"
 #include "reverb/QuorTarvoVerb.h"
 
 #include <vector>
@@ -16,6 +17,21 @@ void reportRealTime(benchmark::State& state, std::uint32_t outputs)
     tarvo::bench::reportNanosecondsPer(state, double(blockSize) * outputs, "ns/output-sample");
     state.counters["x realtime"] =
         benchmark::Counter(double(blockSize) / sampleRate, benchmark::Counter::kIsIterationInvariantRate);
+}
+
+/// Where the object puts its sources when there are as many as speakers: on them, one term
+/// each in the direct panner. A source beyond the speakers' count stands halfway between two
+/// neighbours, fed by a pair as a source usually is. So one more source adds its own work
+/// only, and one more speaker leaves the sources' terms as they were: the object's own
+/// layout for seven would move every source off its speaker.
+void placeSources(Quor::TarvoVerb& verb, std::uint32_t sources, std::uint32_t speakers)
+{
+    const ondo::Point3Array layout = ondo::Point3Array::defaultLayout(speakers);
+    for (std::uint32_t s = 0; s < sources; ++s)
+    {
+        const ondo::Point3& on = layout[s % speakers];
+        verb.setSourcePosition(s, s < speakers ? on : (on + layout[(s + 1) % speakers]) * 0.5f);
+    }
 }
 
 /// The whole reverberator, every source fed a signal, at block 64 and 44.1 kHz: with the
@@ -38,6 +54,7 @@ void BM_TarvoVerb(benchmark::State& state)
     verb.setClusterFilter(shelf);
     verb.setReverbTimes({1.995f, 1.0f, 1.0f, 0.5f, 250.0f, 8000.0f}, 0.0f);
     verb.setAirEnabled(room == 2);
+    placeSources(verb, sources, speakers);
 
     std::vector<std::vector<float>> in(sources, std::vector<float>(blockSize));
     std::vector<std::vector<float>> out(speakers, std::vector<float>(blockSize));
@@ -62,8 +79,8 @@ void BM_TarvoVerb(benchmark::State& state)
 BENCHMARK(BM_TarvoVerb)
     ->ArgNames({"sources", "speakers", "internals", "room"})
     ->Args({6, 6, 8, 0})
-    ->Args({7, 6, 8, 0}) // one more source: its shelf, room send, direct gain and two panner terms
-    ->Args({6, 7, 8, 0}) // one more speaker: the terms of three panners into one more output
+    ->Args({7, 6, 8, 0}) // one more source: its room send, direct gain and two panner terms
+    ->Args({6, 7, 8, 0}) // one more speaker: the early and late panners' terms into one more output
     ->Args({16, 16, 16, 0})
     ->Args({64, 64, 16, 0})
     ->Args({6, 6, 8, 1})
