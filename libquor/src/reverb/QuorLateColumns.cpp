@@ -57,8 +57,8 @@ struct Factors
 };
 
 /// The chunk, with the filters' taps laid out lane-major and their delay lines in
-/// registers from column to column.
-template <typename V, int numGroups, int numStages, bool summed>
+/// registers from column to column; the outputs written unless only the sums are wanted.
+template <typename V, int numGroups, int numStages, bool summed, bool outputsWritten = true>
 struct Pass
 {
     static constexpr int width = widthOf<V>;
@@ -107,7 +107,8 @@ struct Pass
             const int line = first + l;
             const V t = x[l];
             const V output = t * factor.output;
-            storeRow<whole>(chunk.outputs[line] + start, output, m);
+            if constexpr (outputsWritten)
+                storeRow<whole>(chunk.outputs[line] + start, output, m);
             V in;
             loadRow<whole>(in, chunk.inputs[line] + start, m);
             if constexpr (summed)
@@ -180,7 +181,12 @@ template <typename V, int numGroups, int numStages>
 ONDO_KERNEL_INLINE void runStages(const LateColumns& chunk, int numSamples)
 {
     // Left uninitialised: `begin` fills every field.
-    if (chunk.sums != nullptr)
+    if (chunk.sums != nullptr && chunk.outputs == nullptr)
+    {
+        Pass<V, numGroups, numStages, true, false> pass;
+        pass.run(chunk, numSamples);
+    }
+    else if (chunk.sums != nullptr)
     {
         Pass<V, numGroups, numStages, true> pass;
         pass.run(chunk, numSamples);

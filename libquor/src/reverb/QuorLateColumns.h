@@ -21,7 +21,7 @@ struct LateColumns
     ondo::BiquadIPP* const* shelves;
     ondo::BiquadIPP* const* airs;
     /// Each line's input, read after its output is written, and its output: the filtered
-    /// line times `outputFactor`.
+    /// line times `outputFactor`. Null outputs, with sums, are not written.
     const float* const* inputs;
     float* const* outputs;
     /// Where mixed channel c goes, scaled by `mixGain`.

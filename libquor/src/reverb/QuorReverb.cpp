@@ -110,7 +110,7 @@ Reverb::Reverb(std::uint32_t numChannels)
     : AudioProcessorWithOscInAudioInterrupt(numChannels, numChannels), numChannels(numChannels),
       delays(numChannels), taps(numChannels), filters(numChannels), airFilters(numChannels),
       shelves(numChannels), lineReads(numChannels), lineWrites(numChannels), delgen(numChannels, 20.0f, 40.0f, 0.5f),
-      tapBuffer(numChannels, chunkSize), mixBuffer(numChannels, chunkSize),
+      tapBuffer(numChannels, chunkSize), mixBuffer(numChannels, chunkSize), unwantedOutputs(numChannels, chunkSize),
       shuffle(numChannels)
 {
     filters.setCrossfadeTime(decayCrossfadeTimeMs);
@@ -160,6 +160,7 @@ void Reverb::process(float** outputs, float** inputs, std::uint32_t numSamples)
         updateDecay(false);
     }
     summing = false;
+    outputsWanted = true;
     ondo::forEachPiece(inputsReference, inputs, numChannels, outputsReference, outputs, numChannels, numSamples,
                        getChunkLimit(), [this](std::uint32_t n) { runChunk(n); });
 }
@@ -173,12 +174,14 @@ void Reverb::processWithSums(float** outputs, float** inputs, float** sums, floa
         updateDecay(false);
     }
     summing = true;
+    outputsWanted = outputs != nullptr;
     dryFactor = dry;
     wetFactor = wet;
     std::uint32_t done = 0;
-    ondo::forEachPiece(inputsReference, inputs, numChannels, outputsReference, outputs, numChannels, numSamples,
+    ondo::forEachPiece(inputsReference, inputs, numChannels, sumsReference, sums, numChannels, numSamples,
                        getChunkLimit(), [&](std::uint32_t n) {
-                           sumsReference.refer(sums, numChannels, n, done);
+                           if (outputsWanted)
+                               outputsReference.refer(outputs, numChannels, n, done);
                            runChunk(n);
                            done += n;
                        });
@@ -192,10 +195,9 @@ bool Reverb::playsSteadily(ondo::BiquadIPP* const* begun) const
     return true;
 }
 
-void Reverb::mixSums(std::uint32_t n)
+void Reverb::mixSums(float* const* out, std::uint32_t n)
 {
     float** in = inputsReference.getChannels();
-    float** out = outputsReference.getChannels();
     float** sums = sumsReference.getChannels();
     const float factors[2] = {dryFactor, wetFactor};
     for (std::uint32_t c = 0; c < numChannels; ++c)
@@ -215,7 +217,7 @@ void Reverb::runChunk(std::uint32_t n)
     float** tap = tapBuffer.getChannels();
     float** mix = mixBuffer.getChannels();
     float** in = inputsReference.getChannels();
-    float** out = outputsReference.getChannels();
+    float** out = outputsWanted ? outputsReference.getChannels() : unwantedOutputs.getChannels();
 
     // The lines are independent until the mixer: each step runs over all lines before the
     // next, so that the shelves of all lines run side by side. Every sample is as it would be
@@ -250,7 +252,7 @@ void Reverb::runChunk(std::uint32_t n)
     else if (mixTargets != nullptr)
         steady = shelves.takeSteady(numChannels);
     if (steady.first != nullptr)
-        runLateColumns({lineReads.data(), steady.first, steady.second, in, out, mixTargets, f, g,
+        runLateColumns({lineReads.data(), steady.first, steady.second, in, outputsWanted ? out : nullptr, mixTargets, f, g,
                         shuffle.getColumnGain(), summing ? sumsReference.getChannels() : nullptr, dryFactor,
                         wetFactor},
                        numChannels, n);
@@ -261,7 +263,7 @@ void Reverb::runChunk(std::uint32_t n)
         shelves.run(n);
         outputThenInjectAll(tap, in, out, numChannels, n, f, g);
         if (summing)
-            mixSums(n);
+            mixSums(out, n);
         shuffle.process(lineWrites.data(), tap, n);
     }
     for (std::uint32_t i = 0; i < numChannels; ++i)
@@ -301,6 +303,7 @@ void Reverb::setBufferSize(std::uint32_t size)
     }
     tapBuffer.setSize(numChannels, chunkSize);
     mixBuffer.setSize(numChannels, chunkSize);
+    unwantedOutputs.setSize(numChannels, chunkSize);
     // The mixer runs on chunks, never on more than a chunk.
     shuffle.changeBufferSize(std::max(size, chunkSize));
 }

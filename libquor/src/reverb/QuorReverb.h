@@ -43,8 +43,8 @@ public:
     void process(float** outputs, float** inputs, std::uint32_t numSamples) override;
     /// `process`, and besides each line's mix of its input and output into `sums`: from 0,
     /// plus the input times `dry`, plus the output times `wet`, in that order. In the same
-    /// pass as the network where it can. `sums` are neither inputs nor outputs. Audio
-    /// thread; real-time safe.
+    /// pass as the network where it can. `sums` are neither inputs nor outputs. With null
+    /// `outputs`, only the sums are written. Audio thread; real-time safe.
     void processWithSums(float** outputs, float** inputs, float** sums, float dry, float wet,
                          std::uint32_t numSamples);
     /// "/delays" (one number a line; any other count changes nothing), "/numdelays"
@@ -117,8 +117,8 @@ public:
 
 private:
     void runChunk(std::uint32_t n);
-    /// The mix of `processWithSums` over the chunk's lines, after the network ran.
-    void mixSums(std::uint32_t n);
+    /// The mix of `processWithSums` over the chunk's lines, after the network ran into `out`.
+    void mixSums(float* const* out, std::uint32_t n);
     /// Whether every line's shelf plays one instance alone through the chunk that does the
     /// work of a biquad, as the one-pass chunk needs.
     bool playsSteadily(ondo::BiquadIPP* const* begun) const;
@@ -146,6 +146,9 @@ private:
     /// Whether the block asks for sums, where the chunk's go, and their factors.
     bool summing = false;
     ondo::AudioBufferReference<float> sumsReference;
+    /// Where the chunk's outputs go when the block wants only the sums.
+    bool outputsWanted = true;
+    ondo::AudioBuffer<float> unwantedOutputs;
     float dryFactor = 0.0f;
     float wetFactor = 0.0f;
     Delgen delgen;

@@ -293,15 +293,15 @@ void TarvoVerb::renderBlock(std::uint32_t n)
     float* const* clusterChannels =
         cluster.processInPlace(clusterBuffer.getChannels(), const_cast<float**>(earlyChannels), n);
     // The cluster through its shelf, joined by the late reverberation unfiltered. Past a
-    // flat shelf both join in the reverberator's own pass, with the same sums.
+    // flat shelf both join in the reverberator's own pass, with the same sums, and the late
+    // reverberation alone is not kept.
     const float clusterFactor = gC * s;
     const float reverbFactor = gR * s;
     const bool clusterFlat = clusterFilter.beginBlock();
     if (clusterFlat)
     {
         clusterFilter.passBlock();
-        reverb.processWithSums(reverbChannels, const_cast<float**>(clusterChannels), late, clusterFactor,
-                               reverbFactor, n);
+        reverb.processWithSums(nullptr, const_cast<float**>(clusterChannels), late, clusterFactor, reverbFactor, n);
     }
     else
         reverb.process(reverbChannels, const_cast<float**>(clusterChannels), n);

@@ -266,19 +266,20 @@ TEST(Reverb, ProcessAllocatesNothingAndLeavesNoDenormals)
 // The sums must be the same whether a chunk runs in one pass or step by step: line counts
 // with and without the one-pass kernel, blocks cut into unequal chunks, a decay change that
 // crossfades the shelves for a while, and air switched on halfway. The output must not
-// change with the sums asked for, and no block may allocate.
+// change with the sums asked for, nor the sums with the output left unwritten, and no block
+// may allocate.
 TEST(Reverb, SumsOfInputAndOutputAreTheSameInEveryPath)
 {
     const float dry = 0.35f;
     const float wet = 0.6f;
     for (std::uint32_t lines : {4u, 8u, 12u, 16u})
     {
-        Reverb plain(lines), summing(lines);
-        ChannelBlock in(lines, 100), out(lines, 100), summedOut(lines, 100), sums(lines, 100);
+        Reverb plain(lines), summing(lines), summingOnly(lines);
+        ChannelBlock in(lines, 100), out(lines, 100), summedOut(lines, 100), sums(lines, 100), onlySums(lines, 100);
         std::size_t allocations = 0;
         for (int block = 0; block < 120; ++block)
         {
-            for (Reverb* reverb : {&plain, &summing})
+            for (Reverb* reverb : {&plain, &summing, &summingOnly})
             {
                 if (block == 40)
                     reverb->setTr0(3.0f, false);
@@ -295,6 +296,7 @@ TEST(Reverb, SumsOfInputAndOutputAreTheSameInEveryPath)
                 tarvo::testing::AllocationScope scope;
                 summing.processWithSums(summedOut.pointers.data(), in.pointers.data(), sums.pointers.data(), dry,
                                         wet, 100);
+                summingOnly.processWithSums(nullptr, in.pointers.data(), onlySums.pointers.data(), dry, wet, 100);
                 allocations += scope.count();
             }
             for (std::uint32_t c = 0; c < lines; ++c)
@@ -307,6 +309,7 @@ TEST(Reverb, SumsOfInputAndOutputAreTheSameInEveryPath)
                     expected[i] += out.data[c][i] * wet;
                 }
                 ASSERT_EQ(sums.data[c], expected) << lines << " lines, block " << block << ", line " << c;
+                ASSERT_EQ(onlySums.data[c], expected) << lines << " lines, block " << block << ", line " << c;
             }
         }
         EXPECT_EQ(allocations, 0u) << lines << " lines";
