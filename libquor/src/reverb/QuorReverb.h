@@ -146,14 +146,15 @@ private:
     /// Whether the block asks for sums, where the chunk's go, and their factors.
     bool summing = false;
     ondo::AudioBufferReference<float> sumsReference;
-    /// Where the chunk's outputs go when the block wants only the sums.
+    /// Whether the block wants the lines' outputs, or only their sums.
     bool outputsWanted = true;
-    ondo::AudioBuffer<float> unwantedOutputs;
     float dryFactor = 0.0f;
     float wetFactor = 0.0f;
     Delgen delgen;
     ondo::AudioBuffer<float> tapBuffer;
     ondo::AudioBuffer<float> mixBuffer;
+    /// Where the chunk's outputs go when the block wants only the sums.
+    ondo::AudioBuffer<float> unwantedOutputs;
     Shuffle shuffle;
     ondo::Ramp inputGain;
     ondo::RelaxedAtomic<float> shortestDelay = defaultShortestDelayMs;

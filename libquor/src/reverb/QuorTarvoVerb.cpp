@@ -376,15 +376,11 @@ void TarvoVerb::flushOutputTerms(std::uint32_t n, bool keep)
 {
     // The first flush writes the outputs, as if they had been zeroed and then added to.
     float** out = outputsReference.getChannels();
-    for (std::uint32_t k = 0; k < numOutputs; ++k)
-    {
-        if (outputsWritten)
+    if (outputsWritten)
+        for (std::uint32_t k = 0; k < numOutputs; ++k)
             outputTerms[k].addInto(out[k], n);
-        else if (keep)
-            outputTerms[k].writeIntoKeeping(out[k], n);
-        else
-            outputTerms[k].writeInto(out[k], n);
-    }
+    else
+        ondo::MixTerms::writeEach(outputTerms.data(), out, numOutputs, n, keep);
     outputsWritten = true;
 }
 

@@ -2,6 +2,8 @@
 
 #include "math/TarvoDspVectorPrimitives.h"
 
+#include <algorithm>
+
 namespace ondo
 {
 void MixTerms::reserve(std::uint32_t numTerms)
@@ -27,5 +29,25 @@ void MixTerms::writeInto(float* out, std::uint32_t n)
 void MixTerms::writeIntoKeeping(float* out, std::uint32_t n)
 {
     primitives::vectorProductsConstant32(inputs.data(), gains.data(), count, out, static_cast<int>(n));
+}
+
+void MixTerms::writeEach(MixTerms* terms, float* const* outs, std::uint32_t count, std::uint32_t n, bool keep)
+{
+    // Batches on the stack: the audio thread allocates nothing.
+    constexpr std::uint32_t batch = 16;
+    primitives::Products sets[batch];
+    for (std::uint32_t first = 0; first < count; first += batch)
+    {
+        const std::uint32_t m = std::min(batch, count - first);
+        for (std::uint32_t k = 0; k < m; ++k)
+        {
+            MixTerms& t = terms[first + k];
+            sets[k] = {t.inputs.data(), t.gains.data(), t.count, outs[first + k]};
+        }
+        primitives::vectorProductsConstant32(sets, static_cast<int>(m), static_cast<int>(n));
+        if (!keep)
+            for (std::uint32_t k = 0; k < m; ++k)
+                terms[first + k].count = 0;
+    }
 }
 } // namespace ondo

@@ -29,6 +29,9 @@ public:
     void writeInto(float* out, std::uint32_t n);
     /// `writeInto` that keeps the terms, for an owner that writes them again next block.
     void writeIntoKeeping(float* out, std::uint32_t n);
+    /// `writeIntoKeeping` of each of `count` sets of terms into its own output, in one pass
+    /// over the outputs; unless `keep`, each then forgets its terms.
+    static void writeEach(MixTerms* terms, float* const* outs, std::uint32_t count, std::uint32_t n, bool keep);
     /// Forgets the terms. Audio thread; real-time safe.
     void forget() { count = 0; }
 

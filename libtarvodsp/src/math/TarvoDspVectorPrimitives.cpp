@@ -197,12 +197,22 @@ ONDO_WIDE_VECTORS_TARGET int addProductsInRunsWide(const float* const* srcs, con
     return addProductsInRuns<simd::Floats8>(srcs, values, count, dst, n);
 }
 
-ONDO_WIDE_VECTORS_TARGET int productsInRunsWide(const float* const* srcs, const float* values, int count, float* dst,
-                                                int n)
+ONDO_WIDE_VECTORS_TARGET int productsInRunsWide(const Products* sets, int numSets, int n)
 {
-    return addProductsInRuns<simd::Floats8, true>(srcs, values, count, dst, n);
+    int i = 0;
+    for (int s = 0; s < numSets; ++s)
+        i = addProductsInRuns<simd::Floats8, true>(sets[s].srcs, sets[s].values, sets[s].count, sets[s].dst, n);
+    return i;
 }
 #endif
+
+int productsInRuns(const Products* sets, int numSets, int n)
+{
+    int i = 0;
+    for (int s = 0; s < numSets; ++s)
+        i = addProductsInRuns<simd::Floats4, true>(sets[s].srcs, sets[s].values, sets[s].count, sets[s].dst, n);
+    return i;
+}
 } // namespace
 
 Status vectorSet32(float value, float* dst, int n) { return set(value, dst, n); }
@@ -283,22 +293,33 @@ Status vectorAddProductsConstant32(const float* const* srcs, const float* values
 
 Status vectorProductsConstant32(const float* const* srcs, const float* values, int count, float* dst, int n)
 {
-    if (const Status s = check(n, srcs, values, dst); s != done)
+    const Products set{srcs, values, count, dst};
+    return vectorProductsConstant32(&set, 1, n);
+}
+
+Status vectorProductsConstant32(const Products* sets, int numSets, int n)
+{
+    if (const Status s = check(n, sets); s != done)
         return s;
+    for (int s = 0; s < numSets; ++s)
+        if (const Status c = check(n, sets[s].srcs, sets[s].values, sets[s].dst); c != done)
+            return c;
     int i = 0;
 #if ONDO_WIDE_VECTORS
     if (simd::useWideVectors())
-        i = productsInRunsWide(srcs, values, count, dst, n);
+        i = productsInRunsWide(sets, numSets, n);
     else
 #endif
-        i = addProductsInRuns<simd::Floats4, true>(srcs, values, count, dst, n);
-    for (; i < n; ++i)
-    {
-        float sum = 0.0f;
-        for (int k = 0; k < count; ++k)
-            sum += srcs[k][i] * values[k];
-        dst[i] = sum;
-    }
+        i = productsInRuns(sets, numSets, n);
+    for (int s = 0; s < numSets; ++s)
+        for (int j = i; j < n; ++j)
+        {
+            const Products& set = sets[s];
+            float sum = 0.0f;
+            for (int k = 0; k < set.count; ++k)
+                sum += set.srcs[k][j] * set.values[k];
+            set.dst[j] = sum;
+        }
     return done;
 }
 

@@ -44,6 +44,18 @@ Status vectorAddProductsConstant32(const float* const* srcs, const float* values
 /// dst[i] = 0 + srcs[0][i] * values[0] + srcs[1][i] * values[1] ...: the sums of
 /// `vectorAddProductsConstant32` into a zeroed `dst`, in one pass that never reads `dst`.
 Status vectorProductsConstant32(const float* const* srcs, const float* values, int count, float* dst, int n);
+/// The arguments of one `vectorProductsConstant32`.
+struct Products
+{
+    const float* const* srcs;
+    const float* values;
+    int count;
+    float* dst;
+};
+/// `vectorProductsConstant32` of each of `numSets` sets in turn, in one call: a mix that
+/// writes many outputs pays for the call and the checks once. Touches nothing when a set
+/// fails its checks.
+Status vectorProductsConstant32(const Products* sets, int numSets, int n);
 /// dst[i] += a[i] * b[i].
 Status vectorAddProduct32(const float* a, const float* b, float* dst, int n);
 /// A negative element becomes a quiet NaN with the sign bit set; the others go on,

@@ -226,6 +226,17 @@ TEST(VectorPrimitives, SeveralProductsAddAsTheSameSumsInOrder)
         EXPECT_EQ(vectorProductsConstant32(pointers, gains, 0, written.data() + 1, n), done);
         written.erase(written.begin());
         EXPECT_EQ(written, std::vector<float>(n, 0.0f));
+        // Several outputs in one call: each gets its own sums, as alone; one bad set stops all.
+        std::vector<float> first = offAlignment(start), second = offAlignment(start);
+        const Products sets[] = {{pointers + 1, gains + 1, 2, first.data() + 1}, {pointers, gains, 0, second.data() + 1}};
+        const Products unusable[] = {sets[0], {pointers, gains, 1, nullptr}};
+        EXPECT_EQ(vectorProductsConstant32(unusable, 2, n), nullPointer);
+        EXPECT_EQ(first, offAlignment(start));
+        ASSERT_EQ(vectorProductsConstant32(sets, 2, n), done);
+        for (int i = 0; i < n; ++i)
+            EXPECT_EQ(first[i + 1], (0.0f + source(1, i) * gains[1]) + source(2, i) * gains[2]) << "sample " << i;
+        second.erase(second.begin());
+        EXPECT_EQ(second, std::vector<float>(n, 0.0f));
     }
     ondo::simd::allowWideVectors(true);
 }
