@@ -252,9 +252,9 @@ void Reverb::runChunk(std::uint32_t n)
     else if (mixTargets != nullptr)
         steady = shelves.takeSteady(numChannels);
     if (steady.first != nullptr)
-        runLateColumns({lineReads.data(), steady.first, steady.second, in, outputsWanted ? out : nullptr, mixTargets, f, g,
-                        shuffle.getColumnGain(), summing ? sumsReference.getChannels() : nullptr, dryFactor,
-                        wetFactor},
+        runLateColumns({lineReads.data(), steady.first, steady.second, in, outputsWanted ? out : nullptr,
+                        mixTargets, f, g, shuffle.getColumnGain(),
+                        summing ? sumsReference.getChannels() : nullptr, dryFactor, wetFactor},
                        numChannels, n);
     else
     {

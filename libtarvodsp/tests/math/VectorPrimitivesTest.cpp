@@ -228,7 +228,8 @@ TEST(VectorPrimitives, SeveralProductsAddAsTheSameSumsInOrder)
         EXPECT_EQ(written, std::vector<float>(n, 0.0f));
         // Several outputs in one call: each gets its own sums, as alone; one bad set stops all.
         std::vector<float> first = offAlignment(start), second = offAlignment(start);
-        const Products sets[] = {{pointers + 1, gains + 1, 2, first.data() + 1}, {pointers, gains, 0, second.data() + 1}};
+        const Products sets[] = {{pointers + 1, gains + 1, 2, first.data() + 1},
+                                 {pointers, gains, 0, second.data() + 1}};
         const Products unusable[] = {sets[0], {pointers, gains, 1, nullptr}};
         EXPECT_EQ(vectorProductsConstant32(unusable, 2, n), nullPointer);
         EXPECT_EQ(first, offAlignment(start));
