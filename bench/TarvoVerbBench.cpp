@@ -13,6 +13,12 @@ namespace
 constexpr std::uint32_t blockSize = 64;
 constexpr double sampleRate = 44100.0;
 
+/// The signal every benchmark feeds channel `c`, sample `i` of each block.
+float testSignal(std::uint32_t c, std::uint32_t i)
+{
+    return float((i * 7 + c * 13) % 17) / 17.0f - 0.5f;
+}
+
 /// Seconds of audio per second of processing, and the cost of one output sample of one channel.
 void reportRealTime(benchmark::State& state, std::uint32_t outputs)
 {
@@ -61,7 +67,7 @@ public:
         for (std::uint32_t c = 0; c < sources; ++c)
         {
             for (std::uint32_t i = 0; i < blockSize; ++i)
-                in[c][i] = float((i * 7 + c * 13) % 17) / 17.0f - 0.5f;
+                in[c][i] = testSignal(c, i);
             inputs.push_back(in[c].data());
         }
         for (auto& channel : out)
@@ -122,7 +128,7 @@ public:
         zita.init(static_cast<int>(sampleRate));
         for (std::uint32_t c = 0; c < 2; ++c)
             for (std::uint32_t i = 0; i < blockSize; ++i)
-                in[c][i] = float((i * 7 + c * 13) % 17) / 17.0f - 0.5f;
+                in[c][i] = testSignal(c, i);
         for (int warm = 0; warm < 2000; ++warm)
             block();
     }

@@ -190,6 +190,16 @@ ONDO_KERNEL_INLINE int addProductsInRuns(const float* const* srcs, const float* 
     return i;
 }
 
+/// `addProductsInRuns` from 0 for every set; all end their vectors at the same place.
+template <typename V>
+ONDO_KERNEL_INLINE int productsInRuns(const Products* sets, int numSets, int n)
+{
+    int i = 0;
+    for (int s = 0; s < numSets; ++s)
+        i = addProductsInRuns<V, true>(sets[s].srcs, sets[s].values, sets[s].count, sets[s].dst, n);
+    return i;
+}
+
 #if ONDO_WIDE_VECTORS
 ONDO_WIDE_VECTORS_TARGET int addProductsInRunsWide(const float* const* srcs, const float* values, int count,
                                                    float* dst, int n)
@@ -199,20 +209,9 @@ ONDO_WIDE_VECTORS_TARGET int addProductsInRunsWide(const float* const* srcs, con
 
 ONDO_WIDE_VECTORS_TARGET int productsInRunsWide(const Products* sets, int numSets, int n)
 {
-    int i = 0;
-    for (int s = 0; s < numSets; ++s)
-        i = addProductsInRuns<simd::Floats8, true>(sets[s].srcs, sets[s].values, sets[s].count, sets[s].dst, n);
-    return i;
+    return productsInRuns<simd::Floats8>(sets, numSets, n);
 }
 #endif
-
-int productsInRuns(const Products* sets, int numSets, int n)
-{
-    int i = 0;
-    for (int s = 0; s < numSets; ++s)
-        i = addProductsInRuns<simd::Floats4, true>(sets[s].srcs, sets[s].values, sets[s].count, sets[s].dst, n);
-    return i;
-}
 } // namespace
 
 Status vectorSet32(float value, float* dst, int n) { return set(value, dst, n); }
@@ -310,16 +309,18 @@ Status vectorProductsConstant32(const Products* sets, int numSets, int n)
         i = productsInRunsWide(sets, numSets, n);
     else
 #endif
-        i = productsInRuns(sets, numSets, n);
+        i = productsInRuns<simd::Floats4>(sets, numSets, n);
     for (int s = 0; s < numSets; ++s)
+    {
+        const Products& set = sets[s];
         for (int j = i; j < n; ++j)
         {
-            const Products& set = sets[s];
             float sum = 0.0f;
             for (int k = 0; k < set.count; ++k)
                 sum += set.srcs[k][j] * set.values[k];
             set.dst[j] = sum;
         }
+    }
     return done;
 }
 
