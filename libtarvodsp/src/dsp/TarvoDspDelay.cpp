@@ -6,6 +6,7 @@
 #include <bit>
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <map>
 
 namespace ondo
@@ -17,6 +18,13 @@ constexpr float largestRing = static_cast<float>(1u << 28);
 constexpr float sixth = 1.0f / 6.0f;
 /// Keeps the allpass reader's recursion out of the denormal range: added, then taken off.
 constexpr float antiDenormal = 1e-20f;
+/// The window of a line that holds nothing yet; the first block widens it.
+constexpr std::uint64_t smallestWindow = 64;
+/// The window holds this much more than the longest delay read, so that a delay that
+/// lengthens by up to this much at once still finds its history.
+constexpr float windowHeadroomSeconds = 0.05f;
+/// Samples around a read position that the readers take: one older, the position rounded up.
+constexpr std::uint32_t readerReach = 3;
 
 // The interpolators' polynomials in Horner form, in the order of evaluation that the
 // gliding reader keeps: x points at x[0]; x[-1] is older, x[1] and x[2] newer.
@@ -244,8 +252,53 @@ void Delay::setBufferSize(std::uint32_t size)
 
 void Delay::clear()
 {
-    buffer.clear();
+    resetWindow();
     allpassState = 0.0f;
+}
+
+void Delay::resetWindow()
+{
+    windowSize = std::min(ringSize, smallestWindow);
+    windowMask = windowSize - 1;
+    windowReach = windowSize > readerReach ? static_cast<float>(windowSize - readerReach) : 0.0f;
+    // Places beyond the window are zeroed as it widens over them.
+    std::memset(buffer.data(), 0, (windowSize + 2 * guard) * sizeof(float));
+}
+
+void Delay::widenWindow(float delay, std::uint32_t n)
+{
+    if (windowSize == ringSize)
+        return;
+    const float wanted = delay + static_cast<float>(n + readerReach) + windowHeadroomSeconds * sampleRate;
+    const std::uint64_t size =
+        wanted < static_cast<float>(ringSize) ? std::bit_ceil(static_cast<std::uint64_t>(wanted) + 1) : ringSize;
+    if (size <= windowSize)
+        return;
+    // The window keeps its `held` newest samples, the block's own among them once written.
+    float* ring = buffer.data() + guard;
+    const std::uint64_t held = windowSize;
+    const std::uint64_t end = writeIndex + written;
+    for (std::uint64_t v = end - held; v != end;)
+    {
+        // Old places lie below `held`, new ones at the same place or above it: no overlap.
+        const std::uint64_t from = v & (held - 1);
+        const std::uint64_t to = v & (size - 1);
+        const std::uint64_t run = std::min(held - from, end - v);
+        if (to != from)
+            std::memcpy(ring + to, ring + from, run * sizeof(float));
+        v += run;
+    }
+    for (std::uint64_t v = end - size; v != end - held;)
+    {
+        const std::uint64_t to = v & (size - 1);
+        const std::uint64_t run = std::min(size - to, end - held - v);
+        std::memset(ring + to, 0, run * sizeof(float));
+        v += run;
+    }
+    windowSize = size;
+    windowMask = size - 1;
+    // A whole ring holds every delay the line can be given.
+    windowReach = size == ringSize ? std::numeric_limits<float>::infinity() : static_cast<float>(size - readerReach);
 }
 
 void Delay::setMaximumDelay(float ms)
@@ -258,14 +311,14 @@ void Delay::setMaximumDelay(float ms)
                         ONDO_SOURCE_LOCATION);
     maximumDelay = ms;
     ringSize = std::bit_ceil(static_cast<std::uint64_t>(samples) + 8193);
-    mask = ringSize - 1;
+    ringMask = ringSize - 1;
     if (ringSize > allocatedSize)
     {
         buffer.reserve(2 * (ringSize + 2 * guard));
         allocatedSize = ringSize;
     }
     buffer.resize(ringSize + 2 * guard);
-    writeIndex &= mask;
+    writeIndex &= ringMask;
     clear();
 }
 
@@ -298,24 +351,28 @@ void Delay::setInterpolationTime(float ms)
 
 void Delay::write(const float* input, std::uint32_t n)
 {
-    // Split at the end of the ring: each part is one contiguous copy.
-    const std::uint64_t first = std::min<std::uint64_t>(n, ringSize - writeIndex);
+    hold(0.0f, n);
+    // Split at the end of the window: each part is one contiguous copy.
+    const std::uint64_t index = writeIndex & windowMask;
+    const std::uint64_t first = std::min<std::uint64_t>(n, windowSize - index);
     float* ring = buffer.data() + guard;
-    std::memcpy(ring + writeIndex, input, first * sizeof(float));
+    std::memcpy(ring + index, input, first * sizeof(float));
     std::memcpy(ring, input + first, (n - first) * sizeof(float));
+    written = n;
 }
 
 void Delay::refreshGuards()
 {
     float* ring = buffer.data() + guard;
-    ring[-1] = ring[ringSize - 1];
-    ring[ringSize] = ring[0];
-    ring[ringSize + 1] = ring[1];
+    ring[-1] = ring[windowSize - 1];
+    ring[windowSize] = ring[0];
+    ring[windowSize + 1] = ring[1];
 }
 
 void Delay::read(float* output, std::uint32_t n, Ramp& delayInSamples, InterpolationMode mode, float& state,
                  RoundedStart* start)
 {
+    hold(delayInSamples, n);
     if (delayInSamples.isRunning())
         readGliding(output, n, delayInSamples, mode, state);
     else
@@ -355,7 +412,7 @@ std::uint64_t Delay::fixedStart(float delay, InterpolationMode mode, float& frac
         if (start->exact)
         {
             fraction = 0.0f;
-            return (writeIndex + ringSize - start->behind) & mask;
+            return (writeIndex + ringSize - start->behind) & windowMask;
         }
     }
     // Signed conversions give the same floats (rings hold far fewer than 2^63 samples) in one
@@ -364,7 +421,7 @@ std::uint64_t Delay::fixedStart(float delay, InterpolationMode mode, float& frac
                            static_cast<float>(static_cast<std::int64_t>(ringSize)) - delay;
     const auto whole = wholeSample<long long>(position, rounds);
     fraction = rounds ? 0.0f : position - static_cast<float>(whole);
-    return static_cast<std::uint64_t>(whole) & mask;
+    return static_cast<std::uint64_t>(whole) & windowMask;
 }
 
 void Delay::readFixed(float* output, std::uint32_t n, float delay, InterpolationMode mode, float& state,
@@ -379,7 +436,7 @@ void Delay::readFixed(float* output, std::uint32_t n, float delay, Interpolation
     std::uint32_t done = 0;
     while (done < n)
     {
-        const auto run = static_cast<std::uint32_t>(std::min<std::uint64_t>(n - done, ringSize - index));
+        const auto run = static_cast<std::uint32_t>(std::min<std::uint64_t>(n - done, windowSize - index));
         // Only the interpolators reach past a run's ends into the guards.
         if (!roundsToWholeSamples(mode))
             refreshGuards();
@@ -431,7 +488,7 @@ void Delay::readGliding(float* output, std::uint32_t n, Ramp& delayInSamples, In
         k = std::min(chunk, n - start);
         delayInSamples.fill(delayPerSample.data(), k);
         locate(delayPerSample.data(), readIndices.data(), k, static_cast<std::int32_t>(writeIndex + start),
-               static_cast<std::int32_t>(mask));
+               static_cast<std::int32_t>(windowMask));
         const auto each = [&](auto form) {
             readEachSample(ring, readIndices.data(), delayPerSample.data(), output + start, k, form);
         };

@@ -5,6 +5,7 @@
 #include "dsp/TarvoDspAudioProcessorWithOscInAudioInterrupt.h"
 #include "dsp/TarvoDspRamp.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
 
@@ -15,6 +16,13 @@ namespace ondo
 ///
 /// The line is also the shared storage of other readers (`TapOutEconomy`): `write`, `read`
 /// and `advance` are the three steps of `process`, open to owners that interleave them.
+///
+/// Positions are worked out in the whole ring, which the maximum delay sizes, but the samples
+/// live in a window of it: the power of two that holds the longest delay read so far, 50 ms
+/// and the block. The window grows on the audio thread, inside storage reserved for the whole
+/// ring, keeping what it held; a long line read at short delays thus keeps its working set in
+/// the caches. History older than the window is not kept: a delay that lengthens faster than
+/// time passes, by more than the window's headroom, reads silence there.
 class Delay : public AudioProcessorWithOscInAudioInterrupt
 {
 public:
@@ -98,6 +106,7 @@ public:
 
     /// Resizes the ring for `ms` plus 50 ms and 8193 samples, and empties it; negative values
     /// are ignored. Never shrinks storage. Before audio starts or between blocks; allocates.
+    /// The window starts small again.
     void setMaximumDelay(float ms);
     /// Glides to `ms` over the interpolation time, or jumps with `immediate`. Negative values
     /// count as 0. A delay above the maximum enlarges (and empties) the line first, which
@@ -117,9 +126,28 @@ public:
     InterpolationMode getInterpolationMode() const { return interpolationMode; }
     float getInterpolationTime() const { return interpolationTime; }
     std::uint64_t getRingSize() const { return ringSize; }
+    /// How many of the newest samples the line keeps (see the class).
+    std::uint64_t getWindowSize() const { return windowSize; }
     std::uint64_t getAllocatedSize() const { return allocatedSize; }
     std::uint64_t getWriteIndex() const { return writeIndex; }
     const Ramp& getDelayRamp() const { return delayRamp; }
+
+    /// Makes sure that blocks of `n` samples read at delays up to `delayInSamples` find what
+    /// was written, by widening the window when need be; reads and writes see to it
+    /// themselves. An owner whose readers take the line's samples in place holds all their
+    /// delays first, since a widening moves samples. Audio thread; real-time safe.
+    void hold(float delayInSamples, std::uint32_t n)
+    {
+        if (!(delayInSamples + static_cast<float>(n) <= windowReach))
+            widenWindow(delayInSamples, n);
+    }
+    /// `hold` of every delay that `delayInSamples` passes in a block.
+    void hold(const Ramp& delayInSamples, std::uint32_t n) { hold(longestDelay(delayInSamples), n); }
+    /// The longest delay that a ramp passes from here on: where it stands or where it goes.
+    static float longestDelay(const Ramp& delayInSamples)
+    {
+        return std::max(delayInSamples.getCurrentValue(), delayInSamples.getTargetValue());
+    }
 
     /// Writes `n` (at most `maximumBlockSize`) samples at the write position, without
     /// advancing it. Audio thread; real-time safe.
@@ -131,7 +159,11 @@ public:
     void read(float* output, std::uint32_t n, Ramp& delayInSamples, InterpolationMode mode, float& allpassState,
               RoundedStart* start = nullptr);
     /// Moves the write position on by `n`. Audio thread; real-time safe.
-    void advance(std::uint32_t n) { writeIndex = (writeIndex + n) & mask; }
+    void advance(std::uint32_t n)
+    {
+        writeIndex = (writeIndex + n) & ringMask;
+        written = 0;
+    }
     /// Where the `n` samples that `read` would give lie in the line, when they lie there as
     /// they are (a delay that doesn't glide, read with a rounding mode) in one run before the
     /// ring's end; else null. Lets an owner use them without a copy. Audio thread;
@@ -141,14 +173,22 @@ public:
     {
         if (delayInSamples.isRunning() || !roundsToWholeSamples(mode))
             return nullptr;
-        const std::uint64_t index = roundedStart(delayInSamples.getValue(0), mode, start);
-        return index + n <= ringSize ? buffer.data() + guard + index : nullptr;
+        const float delay = delayInSamples.getValue(0);
+        hold(delay, n);
+        const std::uint64_t index = roundedStart(delay, mode, start);
+        return index + n <= windowSize ? buffer.data() + guard + index : nullptr;
     }
     /// Where `write` would put `n` samples, when they fit in one run before the ring's end;
-    /// else null. Lets an owner build them in place. Audio thread; real-time safe.
+    /// else null. Lets an owner build them in place, before any read of the block. Audio
+    /// thread; real-time safe.
     float* findWriteRun(std::uint32_t n)
     {
-        return writeIndex + n <= ringSize ? buffer.data() + guard + writeIndex : nullptr;
+        hold(0.0f, n);
+        const std::uint64_t index = writeIndex & windowMask;
+        if (index + n > windowSize)
+            return nullptr;
+        written = n;
+        return buffer.data() + guard + index;
     }
 
     /// Enlarges (and empties) the line when `ms` lies beyond the maximum. Allocates then.
@@ -175,6 +215,11 @@ private:
 
     float samplesToMs(float samples) const { return samples * 1000.0f / sampleRate; }
     void refreshGuards();
+    /// Widens the window for `delay`, the block and 50 ms, moving the samples it keeps to
+    /// their places in the wider window and zeroing the places of those it didn't keep.
+    void widenWindow(float delay, std::uint32_t n);
+    /// Back to the smallest window, for a line that holds nothing.
+    void resetWindow();
     /// Elements of `buffer` before the ring proper; the readers look one sample back and two on.
     static constexpr std::uint64_t guard = 4;
 
@@ -186,7 +231,7 @@ private:
     std::uint64_t roundedStart(float delay, InterpolationMode mode, RoundedStart* start) const
     {
         if (start != nullptr && start->exact && start->delay == delay && start->ringSize == ringSize)
-            return (writeIndex + ringSize - start->behind) & mask;
+            return (writeIndex + ringSize - start->behind) & windowMask;
         float unused = 0.0f;
         return fixedStart(delay, mode, unused, start);
     }
@@ -198,6 +243,14 @@ private:
 
     std::uint64_t ringSize = 0;
     std::uint64_t allocatedSize = 0;
+    /// The window: a power of two, at most the ring, whose places the ring's indices masked
+    /// by `windowMask` are; `windowReach` is the longest delay plus block it holds.
+    std::uint64_t windowSize = 0;
+    std::uint64_t windowMask = 0;
+    float windowReach = 0.0f;
+    /// Samples of the block put in the line ahead of the write position, which a widening
+    /// keeps.
+    std::uint32_t written = 0;
     float maximumDelay = 0.0f;
     std::uint64_t writeIndex = 0;
     float allpassState = 0.0f;
@@ -207,7 +260,7 @@ private:
     /// other end so that the four-point readers never test for the wrap.
     Vector<float> buffer;
     Ramp delayRamp;
-    std::uint64_t mask = 0;
+    std::uint64_t ringMask = 0;
     Vector<float> delayPerSample;
     /// Where each sample of a gliding block is read.
     Vector<std::int32_t> readIndices;

@@ -23,12 +23,24 @@ void MultiTapOutEconomy::process(float** outputs, float** inputs, std::uint32_t 
     for (std::uint32_t start = 0; start < numSamples; start += Delay::maximumBlockSize)
     {
         const std::uint32_t n = std::min(numSamples - start, Delay::maximumBlockSize);
+        holdConnectedTaps(n);
         delay.write(inputs[0] + start, n);
         for (std::uint32_t t = 0; t < taps.size(); ++t)
             if (isOutletConnected(t))
                 taps[t]->process(outputs[t] + start, n);
         delay.advance(n);
     }
+}
+
+void MultiTapOutEconomy::holdConnectedTaps(std::uint32_t n)
+{
+    // Before any tap reads: a tap that widened the line's window would move the samples that
+    // the taps before it return in place.
+    float longest = 0.0f;
+    for (std::uint32_t t = 0; t < taps.size(); ++t)
+        if (isOutletConnected(t))
+            longest = std::max(longest, Delay::longestDelay(taps[t]->getRamp()));
+    delay.hold(longest, n);
 }
 
 void MultiTapOutEconomy::setSampleRate(float rate)
@@ -59,6 +71,7 @@ float* const* MultiTapOutEconomy::processInPlace(float** scratch, float** inputs
         process(scratch, inputs, numSamples);
         return scratch;
     }
+    holdConnectedTaps(numSamples);
     delay.write(inputs[0], numSamples);
     for (std::uint32_t t = 0; t < taps.size(); ++t)
         reads[t] = isOutletConnected(t) ? const_cast<float*>(taps[t]->processInPlace(scratch[t], numSamples))

@@ -535,6 +535,60 @@ TEST(Delay, ProcessAllocatesNothing)
 // one half: across rings of 2^15 to 2^23 samples, write positions up to the ring's end and
 // delays a few ulps either side of one half, the kept start must read what a fresh one reads,
 // and a delay clear of one half must read round(delay) samples back.
+TEST(Delay, WindowWidensWithoutChangingWhatIsRead)
+{
+    // A line keeping only its window reads what a line keeping its whole ring reads, so long
+    // as a lengthening finds its history within the window's 50 ms (2205 samples) of headroom:
+    // a glide, a jump within it, and a glide slower than time passes, which never looks back.
+    struct Change
+    {
+        float samples;
+        float glideMs; // 0: at once
+    };
+    const auto input = noise(40000);
+    for (const Change change : {Change{3000.0f, 30.0f}, Change{2000.0f, 0.0f}, Change{60000.0f, 2000.0f}})
+        for (const Mode mode : {ondo::Delay::nearest, ondo::Delay::linear, ondo::Delay::lagrange3, ondo::Delay::allpass})
+            for (const std::vector<std::uint32_t>& blocks : {std::vector<std::uint32_t>{64}, {7, 64, 13, 511, 1}})
+            {
+                SCOPED_TRACE(testing::Message() << change.samples << " samples over " << change.glideMs << " ms, "
+                                                << ondo::Delay::interpolationModeName(mode) << ", blocks of "
+                                                << blocks.size() << " sizes");
+                auto windowed = standing(mode, 100.25f, 2000.0f);
+                auto whole = standing(mode, 100.25f, 2000.0f);
+                whole->hold(static_cast<float>(whole->getRingSize()), 0);
+                const std::vector<float> head(input.begin(), input.begin() + 5000);
+                const std::vector<float> tail(input.begin() + 5000, input.end());
+                ASSERT_EQ(run(windowed, head, blocks), run(whole, head, blocks));
+                for (auto* line : {windowed.get(), whole.get()})
+                {
+                    line->setInterpolationTime(change.glideMs > 0.0f ? change.glideMs : 30.0f);
+                    line->setDelayInSamples(change.samples, change.glideMs == 0.0f);
+                }
+                ASSERT_EQ(run(windowed, tail, blocks), run(whole, tail, blocks));
+                EXPECT_LT(windowed->getWindowSize(), windowed->getRingSize()) << "the window widened, not to the ring";
+            }
+}
+
+TEST(Delay, HistoryBeyondTheWindowReadsAsSilence)
+{
+    // A jump far beyond the window's headroom: the line kept the 4096 samples of its window
+    // (100 samples, the block and 50 ms, to a power of two), up to the block it had just
+    // written. Older ones read as silence, never as samples of another age, nor as what the
+    // line held before it was emptied.
+    const auto input = noise(60000);
+    auto line = standing(ondo::Delay::nearest, 20000.0f, 2000.0f);
+    run(line, noise(30000, 11));
+    line->clear();
+    line->setDelayInSamples(100.0f, true);
+    const std::size_t jump = 30016;
+    run(line, std::vector<float>(input.begin(), input.begin() + jump));
+    line->setDelayInSamples(20000.0f, true);
+    const auto out = run(line, std::vector<float>(input.begin() + jump, input.end()));
+    const std::size_t oldestKept = jump + 64 - 4096;
+    for (std::size_t t = jump; t < input.size(); ++t)
+        ASSERT_EQ(out[t - jump], t - 20000 >= oldestKept ? input[t - 20000] : 0.0f) << t;
+}
+
 TEST(Delay, KeptStartOfARoundedReadFindsTheSameSamplesAsAFreshOne)
 {
     std::vector<float> delays{0.0f, 1.0f, 979.902f, 1000.25f, 1000.75f, 7148.61f, 31000.1f};
@@ -552,6 +606,7 @@ TEST(Delay, KeptStartOfARoundedReadFindsTheSameSamplesAsAFreshOne)
     {
         auto delay = standing(ondo::Delay::nearest, 0.0f, maximumMs);
         const std::uint64_t size = delay->getRingSize();
+        delay->hold(static_cast<float>(size), 0); // the window, the whole ring
         // Each sample holds its own index, so any start read wrongly shows.
         std::vector<float> counting(ondo::Delay::maximumBlockSize);
         for (std::uint64_t start = 0; start < size; start += counting.size())

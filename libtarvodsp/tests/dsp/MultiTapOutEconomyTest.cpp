@@ -133,6 +133,40 @@ TEST(MultiTapOutEconomy, StandingTapsAreIndependentOfTheBlockSize)
     EXPECT_EQ(run(*c, input, {1}).data, whole.data);
 }
 
+TEST(MultiTapOutEconomy, TapWideningTheLineLeavesTheOthersReadingInPlace)
+{
+    // Tap 1 glides (slower than time passes) far enough to widen the shared line's window
+    // while tap 0 reads in place; the line's newest samples move in that block (its write
+    // position is past the first window). Each tap reads what a line of its own reads.
+    const auto input = noise(20000);
+    ondo::MultiTapOutEconomy taps(2, 500.0f, ondo::Delay::nearest);
+    ondo::Delay own[2] = {ondo::Delay(500.0f, ondo::Delay::nearest), ondo::Delay(500.0f, ondo::Delay::nearest)};
+    taps.setInterpolationTime(1000.0f);
+    own[0].setInterpolationTime(1000.0f);
+    own[1].setInterpolationTime(1000.0f);
+    const auto setDelay = [&](std::uint32_t tap, float samples, bool immediate) {
+        taps.setDelayInSamples(tap, samples, immediate);
+        own[tap].setDelayInSamples(samples, immediate);
+    };
+    setDelay(0, 10.0f, true);
+    setDelay(1, 50.0f, true);
+    ChannelBlock scratch(2, 64), expected(2, 64);
+    for (std::size_t start = 0; start + 64 <= input.size(); start += 64)
+    {
+        if (start == 5056)
+            setDelay(1, 12000.0f, false);
+        float* in = const_cast<float*>(input.data()) + start;
+        float* const* read = taps.processInPlace(scratch.get(), &in, 64);
+        for (int t = 0; t < 2; ++t)
+        {
+            float* out = expected.data[t].data();
+            own[t].process(&out, &in, 64);
+            ASSERT_TRUE(std::equal(read[t], read[t] + 64, out)) << "tap " << t << " at " << start;
+        }
+    }
+    EXPECT_GT(taps.getLine().getWindowSize(), 8192u) << "the window widened";
+}
+
 TEST(MultiTapOutEconomy, GlidingTapEndsExactlyOnItsTarget)
 {
     const auto input = noise(4096);
