@@ -20,8 +20,8 @@ constexpr float sixth = 1.0f / 6.0f;
 constexpr float antiDenormal = 1e-20f;
 /// The window of a line that holds nothing yet; the first block widens it.
 constexpr std::uint64_t smallestWindow = 64;
-/// The window holds this much more than the longest delay read, so that a delay that
-/// lengthens by up to this much at once still finds its history.
+/// The window holds this much more than every delay read with the block, so that a delay
+/// that lengthens by up to this much at once still finds its history.
 constexpr float windowHeadroomSeconds = 0.05f;
 /// Samples around a read position that the readers take: one older, the position rounded up.
 constexpr std::uint32_t readerReach = 3;
@@ -260,7 +260,7 @@ void Delay::resetWindow()
 {
     windowSize = std::min(ringSize, smallestWindow);
     windowMask = windowSize - 1;
-    windowReach = windowSize > readerReach ? static_cast<float>(windowSize - readerReach) : 0.0f;
+    windowReach = reachOfWindow(windowSize);
     // Places beyond the window are zeroed as it widens over them.
     std::memset(buffer.data(), 0, (windowSize + 2 * guard) * sizeof(float));
 }
@@ -269,7 +269,7 @@ void Delay::widenWindow(float delay, std::uint32_t n)
 {
     if (windowSize == ringSize)
         return;
-    const float wanted = delay + static_cast<float>(n + readerReach) + windowHeadroomSeconds * sampleRate;
+    const float wanted = delay + static_cast<float>(n + readerReach) + headroom();
     const std::uint64_t size =
         wanted < static_cast<float>(ringSize) ? std::bit_ceil(static_cast<std::uint64_t>(wanted) + 1) : ringSize;
     if (size <= windowSize)
@@ -297,8 +297,20 @@ void Delay::widenWindow(float delay, std::uint32_t n)
     }
     windowSize = size;
     windowMask = size - 1;
+    windowReach = reachOfWindow(size);
+}
+
+float Delay::headroom() const
+{
+    return windowHeadroomSeconds * sampleRate;
+}
+
+float Delay::reachOfWindow(std::uint64_t size) const
+{
     // A whole ring holds every delay the line can be given.
-    windowReach = size == ringSize ? std::numeric_limits<float>::infinity() : static_cast<float>(size - readerReach);
+    if (size == ringSize)
+        return std::numeric_limits<float>::infinity();
+    return std::max(0.0f, static_cast<float>(size - readerReach) - headroom());
 }
 
 void Delay::setMaximumDelay(float ms)

@@ -18,8 +18,8 @@ namespace ondo
 /// and `advance` are the three steps of `process`, open to owners that interleave them.
 ///
 /// Positions are worked out in the whole ring, which the maximum delay sizes, but the samples
-/// live in a window of it: the power of two that holds the longest delay read so far, 50 ms
-/// and the block. The window grows on the audio thread, inside storage reserved for the whole
+/// live in a window of it: a power of two that holds the longest delay read so far with the
+/// block and 50 ms more. The window grows on the audio thread, inside storage reserved for the whole
 /// ring, keeping what it held; a long line read at short delays thus keeps its working set in
 /// the caches. History older than the window is not kept: a delay that lengthens faster than
 /// time passes, by more than the window's headroom, reads silence there.
@@ -220,6 +220,9 @@ private:
     void widenWindow(float delay, std::uint32_t n);
     /// Back to the smallest window, for a line that holds nothing.
     void resetWindow();
+    /// The window's headroom in samples, and the longest delay plus block a window holds.
+    float headroom() const;
+    float reachOfWindow(std::uint64_t size) const;
     /// Elements of `buffer` before the ring proper; the readers look one sample back and two on.
     static constexpr std::uint64_t guard = 4;
 
@@ -244,7 +247,8 @@ private:
     std::uint64_t ringSize = 0;
     std::uint64_t allocatedSize = 0;
     /// The window: a power of two, at most the ring, whose places the ring's indices masked
-    /// by `windowMask` are; `windowReach` is the longest delay plus block it holds.
+    /// by `windowMask` are; `windowReach` is the longest delay plus block it holds with its
+    /// headroom to spare.
     std::uint64_t windowSize = 0;
     std::uint64_t windowMask = 0;
     float windowReach = 0.0f;
