@@ -134,19 +134,18 @@ public:
 
     /// Makes sure that blocks of `n` samples read at delays up to `delayInSamples` find what
     /// was written, by widening the window when need be; reads and writes see to it
-    /// themselves. An owner whose readers take the line's samples in place holds all their
-    /// delays first, since a widening moves samples. Audio thread; real-time safe.
+    /// themselves. A widening moves the samples: runs found in the line before it no longer
+    /// hold them (`getWindowSize` tells). Audio thread; real-time safe.
     void hold(float delayInSamples, std::uint32_t n)
     {
         if (!(delayInSamples + static_cast<float>(n) <= windowReach))
             widenWindow(delayInSamples, n);
     }
-    /// `hold` of every delay that `delayInSamples` passes in a block.
-    void hold(const Ramp& delayInSamples, std::uint32_t n) { hold(longestDelay(delayInSamples), n); }
-    /// The longest delay that a ramp passes from here on: where it stands or where it goes.
-    static float longestDelay(const Ramp& delayInSamples)
+    /// `hold` of every delay that `delayInSamples` passes from here on: where it stands and
+    /// where it goes.
+    void hold(const Ramp& delayInSamples, std::uint32_t n)
     {
-        return std::max(delayInSamples.getCurrentValue(), delayInSamples.getTargetValue());
+        hold(std::max(delayInSamples.getCurrentValue(), delayInSamples.getTargetValue()), n);
     }
 
     /// Writes `n` (at most `maximumBlockSize`) samples at the write position, without

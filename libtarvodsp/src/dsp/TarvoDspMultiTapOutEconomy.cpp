@@ -23,24 +23,12 @@ void MultiTapOutEconomy::process(float** outputs, float** inputs, std::uint32_t 
     for (std::uint32_t start = 0; start < numSamples; start += Delay::maximumBlockSize)
     {
         const std::uint32_t n = std::min(numSamples - start, Delay::maximumBlockSize);
-        holdConnectedTaps(n);
         delay.write(inputs[0] + start, n);
         for (std::uint32_t t = 0; t < taps.size(); ++t)
             if (isOutletConnected(t))
                 taps[t]->process(outputs[t] + start, n);
         delay.advance(n);
     }
-}
-
-void MultiTapOutEconomy::holdConnectedTaps(std::uint32_t n)
-{
-    // Before any tap reads: a tap that widened the line's window would move the samples that
-    // the taps before it return in place.
-    float longest = 0.0f;
-    for (std::uint32_t t = 0; t < taps.size(); ++t)
-        if (isOutletConnected(t))
-            longest = std::max(longest, Delay::longestDelay(taps[t]->getRamp()));
-    delay.hold(longest, n);
 }
 
 void MultiTapOutEconomy::setSampleRate(float rate)
@@ -71,11 +59,22 @@ float* const* MultiTapOutEconomy::processInPlace(float** scratch, float** inputs
         process(scratch, inputs, numSamples);
         return scratch;
     }
-    holdConnectedTaps(numSamples);
     delay.write(inputs[0], numSamples);
+    std::uint64_t window = delay.getWindowSize();
     for (std::uint32_t t = 0; t < taps.size(); ++t)
+    {
         reads[t] = isOutletConnected(t) ? const_cast<float*>(taps[t]->processInPlace(scratch[t], numSamples))
                                         : scratch[t];
+        if (delay.getWindowSize() == window)
+            continue;
+        // This tap widened the line's window, which moved the samples that the taps before it
+        // found in place. Those are steady taps reading whole samples, whose reads change
+        // nothing: they find their runs again.
+        window = delay.getWindowSize();
+        for (std::uint32_t before = 0; before < t; ++before)
+                if (reads[before] != scratch[before])
+                    reads[before] = const_cast<float*>(taps[before]->processInPlace(scratch[before], numSamples));
+    }
     delay.advance(numSamples);
     return reads.data();
 }

@@ -60,9 +60,6 @@ public:
     const Delay& getLine() const { return delay; }
 
 private:
-    /// The line's window made to hold every connected tap's delays for a block of `n`.
-    void holdConnectedTaps(std::uint32_t n);
-
     Delay delay;
     Vector<TapOutEconomy*> taps;
     Vector<float*> reads;
