@@ -77,15 +77,22 @@ public:
     void resize(std::size_t n)
     {
         const std::size_t oldSize = size();
-        if (n == oldSize)
+        resizeForOverwrite(n);
+        if (n > oldSize)
+            std::memset(static_cast<void*>(first + oldSize), 0, (n - oldSize) * sizeof(T));
+    }
+
+    /// `resize` that leaves a growth as the allocator gave it: for storage that its owner
+    /// writes before it reads, so that the pages it doesn't use yet stay untouched.
+    void resizeForOverwrite(std::size_t n)
+    {
+        if (n == size())
             return;
         if (n > maxSize())
             rethrowAsOutOfRange();
         if (n > capacity())
-            reallocate(n, oldSize);
+            reallocate(n, size());
         last = first + n;
-        if (n > oldSize)
-            std::memset(static_cast<void*>(first + oldSize), 0, (n - oldSize) * sizeof(T));
     }
 
     /// Makes room for `n` elements without changing the size.

@@ -329,7 +329,8 @@ void Delay::setMaximumDelay(float ms)
         buffer.reserve(2 * (ringSize + 2 * guard));
         allocatedSize = ringSize;
     }
-    buffer.resize(ringSize + 2 * guard);
+    // The window zeroes what it takes in, so the ring beyond it stays untouched memory.
+    buffer.resizeForOverwrite(ringSize + 2 * guard);
     writeIndex &= ringMask;
     clear();
 }
