@@ -77,22 +77,15 @@ public:
     void resize(std::size_t n)
     {
         const std::size_t oldSize = size();
-        resizeForOverwrite(n);
-        if (n > oldSize)
-            std::memset(static_cast<void*>(first + oldSize), 0, (n - oldSize) * sizeof(T));
-    }
-
-    /// `resize` that leaves a growth as the allocator gave it: for storage that its owner
-    /// writes before it reads, so that the pages it doesn't use yet stay untouched.
-    void resizeForOverwrite(std::size_t n)
-    {
-        if (n == size())
+        if (n == oldSize)
             return;
         if (n > maxSize())
             rethrowAsOutOfRange();
         if (n > capacity())
-            reallocate(n, size());
+            reallocate(n, oldSize);
         last = first + n;
+        if (n > oldSize)
+            std::memset(static_cast<void*>(first + oldSize), 0, (n - oldSize) * sizeof(T));
     }
 
     /// Makes room for `n` elements without changing the size.

@@ -329,8 +329,7 @@ void Delay::setMaximumDelay(float ms)
         buffer.reserve(2 * (ringSize + 2 * guard));
         allocatedSize = ringSize;
     }
-    // The window zeroes what it takes in, so the ring beyond it stays untouched memory.
-    buffer.resizeForOverwrite(ringSize + 2 * guard);
+    buffer.resize(ringSize + 2 * guard);
     writeIndex &= ringMask;
     clear();
 }
