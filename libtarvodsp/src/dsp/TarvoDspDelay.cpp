@@ -258,11 +258,12 @@ void Delay::clear()
 
 void Delay::resetWindow()
 {
+    // Only the places a window has reached since the line was last emptied can hold samples.
+    std::memset(buffer.data(), 0, std::min<std::uint64_t>(guard + dirtyLimit, buffer.size()) * sizeof(float));
     windowSize = std::min(ringSize, smallestWindow);
     windowMask = windowSize - 1;
     windowReach = reachOfWindow(windowSize);
-    // Places beyond the window are zeroed as it widens over them.
-    std::memset(buffer.data(), 0, (windowSize + 2 * guard) * sizeof(float));
+    dirtyLimit = windowSize + guard;
 }
 
 void Delay::widenWindow(float delay, std::uint32_t n)
@@ -292,9 +293,11 @@ void Delay::widenWindow(float delay, std::uint32_t n)
     {
         const std::uint64_t to = v & (size - 1);
         const std::uint64_t run = std::min(size - to, end - held - v);
-        std::memset(ring + to, 0, run * sizeof(float));
+        if (to < dirtyLimit) // the places above are zeros already
+            std::memset(ring + to, 0, std::min(run, dirtyLimit - to) * sizeof(float));
         v += run;
     }
+    dirtyLimit = std::max(dirtyLimit, size + guard);
     windowSize = size;
     windowMask = size - 1;
     windowReach = reachOfWindow(size);

@@ -254,6 +254,9 @@ private:
     /// Samples of the block put in the line ahead of the write position, which a widening
     /// keeps.
     std::uint32_t written = 0;
+    /// Places of the ring from here on hold zeros: windows and their guards never reached
+    /// them since the line was last emptied, so a widening over them has nothing to zero.
+    std::uint64_t dirtyLimit = 0;
     float maximumDelay = 0.0f;
     std::uint64_t writeIndex = 0;
     float allpassState = 0.0f;
