@@ -23,7 +23,8 @@ constexpr std::uint64_t smallestWindow = 64;
 /// The window holds this much more than every delay read with the block, so that a delay
 /// that lengthens by up to this much at once still finds its history.
 constexpr float windowHeadroomSeconds = 0.05f;
-/// Samples around a read position that the readers take: one older, the position rounded up.
+/// How much older than its delay a read may look: the sample before the position, and the
+/// position rounded up.
 constexpr std::uint32_t readerReach = 3;
 
 // The interpolators' polynomials in Horner form, in the order of evaluation that the

@@ -19,10 +19,11 @@ namespace ondo
 ///
 /// Positions are worked out in the whole ring, which the maximum delay sizes, but the samples
 /// live in a window of it: a power of two that holds the longest delay read so far with the
-/// block and 50 ms more. The window grows on the audio thread, inside storage reserved for the whole
-/// ring, keeping what it held; a long line read at short delays thus keeps its working set in
-/// the caches. History older than the window is not kept: a delay that lengthens faster than
-/// time passes, by more than the window's headroom, reads silence there.
+/// block and 50 ms more. The window grows on the audio thread, inside storage reserved for
+/// the whole ring, keeping what it held; a long line read at short delays thus keeps its
+/// working set in the caches. History older than the window is not kept: a delay that
+/// lengthens faster than time passes, by more than the window's headroom, reads silence
+/// there.
 class Delay : public AudioProcessorWithOscInAudioInterrupt
 {
 public:
@@ -217,7 +218,7 @@ private:
     /// Widens the window for `delay`, the block and 50 ms, moving the samples it keeps to
     /// their places in the wider window and zeroing the places of those it didn't keep.
     void widenWindow(float delay, std::uint32_t n);
-    /// Back to the smallest window, for a line that holds nothing.
+    /// Empties the line: zeroes what the windows reached, back to the smallest window.
     void resetWindow();
     /// The window's headroom in samples, and the longest delay plus block a window holds.
     float headroom() const;

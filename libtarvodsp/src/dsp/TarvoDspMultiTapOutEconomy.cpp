@@ -72,8 +72,8 @@ float* const* MultiTapOutEconomy::processInPlace(float** scratch, float** inputs
         // nothing: they find their runs again.
         window = delay.getWindowSize();
         for (std::uint32_t before = 0; before < t; ++before)
-                if (reads[before] != scratch[before])
-                    reads[before] = const_cast<float*>(taps[before]->processInPlace(scratch[before], numSamples));
+            if (reads[before] != scratch[before])
+                reads[before] = const_cast<float*>(taps[before]->processInPlace(scratch[before], numSamples));
     }
     delay.advance(numSamples);
     return reads.data();

@@ -547,7 +547,7 @@ TEST(Delay, WindowWidensWithoutChangingWhatIsRead)
     };
     const auto input = noise(40000);
     for (const Change change : {Change{3000.0f, 30.0f}, Change{2000.0f, 0.0f}, Change{60000.0f, 2000.0f}})
-        for (const Mode mode : {ondo::Delay::nearest, ondo::Delay::linear, ondo::Delay::lagrange3, ondo::Delay::allpass})
+        for (const Mode mode : {Mode::nearest, Mode::linear, Mode::lagrange3, Mode::allpass})
             for (const std::vector<std::uint32_t>& blocks : {std::vector<std::uint32_t>{64}, {7, 64, 13, 511, 1}})
             {
                 SCOPED_TRACE(testing::Message() << change.samples << " samples over " << change.glideMs << " ms, "
