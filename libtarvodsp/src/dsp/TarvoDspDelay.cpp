@@ -259,12 +259,13 @@ void Delay::clear()
 
 void Delay::resetWindow()
 {
-    // Only the places a window has reached since the line was last emptied can hold samples.
-    std::memset(buffer.data(), 0, std::min<std::uint64_t>(guard + dirtyLimit, buffer.size()) * sizeof(float));
+    // Windows only grow between two emptyings, so beyond this one and its guards the ring
+    // holds zeros: the storage is zeroed when sized.
+    std::memset(buffer.data(), 0, std::min<std::uint64_t>(windowSize + 2 * guard, buffer.size()) * sizeof(float));
     windowSize = std::min(ringSize, smallestWindow);
     windowMask = windowSize - 1;
     windowReach = reachOfWindow(windowSize);
-    dirtyLimit = windowSize + guard;
+    longestHeld = 0.0f;
 }
 
 void Delay::widenWindow(float delay, std::uint32_t n)
@@ -290,15 +291,16 @@ void Delay::widenWindow(float delay, std::uint32_t n)
             std::memcpy(ring + to, ring + from, run * sizeof(float));
         v += run;
     }
+    // Places beyond the old window and its guards are zeros already.
+    const std::uint64_t reached = held + guard;
     for (std::uint64_t v = end - size; v != end - held;)
     {
         const std::uint64_t to = v & (size - 1);
         const std::uint64_t run = std::min(size - to, end - held - v);
-        if (to < dirtyLimit) // the places above are zeros already
-            std::memset(ring + to, 0, std::min(run, dirtyLimit - to) * sizeof(float));
+        if (to < reached)
+            std::memset(ring + to, 0, std::min(run, reached - to) * sizeof(float));
         v += run;
     }
-    dirtyLimit = std::max(dirtyLimit, size + guard);
     windowSize = size;
     windowMask = size - 1;
     windowReach = reachOfWindow(size);
@@ -388,11 +390,15 @@ void Delay::refreshGuards()
 void Delay::read(float* output, std::uint32_t n, Ramp& delayInSamples, InterpolationMode mode, float& state,
                  RoundedStart* start)
 {
-    hold(delayInSamples, n);
     if (delayInSamples.isRunning())
         readGliding(output, n, delayInSamples, mode, state);
     else
-        readFixed(output, n, delayInSamples.getValue(0), mode, state, start);
+    {
+        // One reading of the delay for both: a control thread may set it meanwhile.
+        const float delay = delayInSamples.getValue(0);
+        hold(delay, n);
+        readFixed(output, n, delay, mode, state, start);
+    }
 }
 
 void Delay::remember(RoundedStart& start, float delay) const
@@ -503,6 +509,10 @@ void Delay::readGliding(float* output, std::uint32_t n, Ramp& delayInSamples, In
     {
         k = std::min(chunk, n - start);
         delayInSamples.fill(delayPerSample.data(), k);
+        const std::uint64_t window = windowSize;
+        hold(*std::max_element(delayPerSample.data(), delayPerSample.data() + k), n);
+        if (windowSize != window)
+            refreshGuards();
         locate(delayPerSample.data(), readIndices.data(), k, static_cast<std::int32_t>(writeIndex + start),
                static_cast<std::int32_t>(windowMask));
         const auto each = [&](auto form) {

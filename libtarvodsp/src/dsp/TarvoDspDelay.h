@@ -22,8 +22,9 @@ namespace ondo
 /// block and 50 ms more. The window grows on the audio thread, inside storage reserved for
 /// the whole ring, keeping what it held; a long line read at short delays thus keeps its
 /// working set in the caches. History older than the window is not kept: a delay that
-/// lengthens faster than time passes, by more than the window's headroom, reads silence
-/// there.
+/// lengthens by more than the window's headroom within one block reads silence where the
+/// window had not reached. (Below two samples of delay the four-point readers also take the next place, not
+/// yet written: the window holds there another stale sample than the whole ring would.)
 class Delay : public AudioProcessorWithOscInAudioInterrupt
 {
 public:
@@ -133,22 +134,20 @@ public:
     std::uint64_t getWriteIndex() const { return writeIndex; }
     const Ramp& getDelayRamp() const { return delayRamp; }
 
-    /// Makes sure that blocks of `n` samples read at delays up to `delayInSamples` find what
-    /// was written, by widening the window when need be; reads and writes see to it
-    /// themselves. A widening moves the samples: runs found in the line before it no longer
-    /// hold them (`getWindowSize` tells). Audio thread; real-time safe.
+    /// Makes sure that blocks of `n` samples read at delays up to `delayInSamples`, or any
+    /// delay held before since the line was emptied, find what was written, by widening the
+    /// window when need be; reads and writes see to it themselves. A widening moves the
+    /// samples: runs found in the line before it no longer hold them (`getWindowSize` tells).
+    /// Audio thread; real-time safe.
     void hold(float delayInSamples, std::uint32_t n)
     {
-        if (!(delayInSamples + static_cast<float>(n) <= windowReach))
-            widenWindow(delayInSamples, n);
+        // The longest delay so far counts for writes too: a longer block written over the
+        // window's oldest places would take what that delay reads next.
+        if (delayInSamples > longestHeld)
+            longestHeld = delayInSamples;
+        if (!(longestHeld + static_cast<float>(n) <= windowReach))
+            widenWindow(longestHeld, n);
     }
-    /// `hold` of every delay that `delayInSamples` passes from here on: where it stands and
-    /// where it goes.
-    void hold(const Ramp& delayInSamples, std::uint32_t n)
-    {
-        hold(std::max(delayInSamples.getCurrentValue(), delayInSamples.getTargetValue()), n);
-    }
-
     /// Writes `n` (at most `maximumBlockSize`) samples at the write position, without
     /// advancing it. Audio thread; real-time safe.
     void write(const float* input, std::uint32_t n);
@@ -166,7 +165,7 @@ public:
     }
     /// Where the `n` samples that `read` would give lie in the line, when they lie there as
     /// they are (a delay that doesn't glide, read with a rounding mode) in one run before the
-    /// ring's end; else null. Lets an owner use them without a copy. Audio thread;
+    /// window's end; else null. Lets an owner use them without a copy. Audio thread;
     /// real-time safe.
     const float* findReadRun(std::uint32_t n, const Ramp& delayInSamples, InterpolationMode mode,
                              RoundedStart* start = nullptr)
@@ -178,7 +177,7 @@ public:
         const std::uint64_t index = roundedStart(delay, mode, start);
         return index + n <= windowSize ? buffer.data() + guard + index : nullptr;
     }
-    /// Where `write` would put `n` samples, when they fit in one run before the ring's end;
+    /// Where `write` would put `n` samples, when they fit in one run before the window's end;
     /// else null. Lets an owner build them in place, before any read of the block. Audio
     /// thread; real-time safe.
     float* findWriteRun(std::uint32_t n)
@@ -241,6 +240,7 @@ private:
     void remember(RoundedStart& start, float delay) const;
     void readFixed(float* output, std::uint32_t n, float delay, InterpolationMode mode, float& allpassState,
                    RoundedStart* start);
+    /// A gliding read: each chunk's positions held before they are read.
     void readGliding(float* output, std::uint32_t n, Ramp& delayInSamples, InterpolationMode mode,
                      float& allpassState);
 
@@ -255,9 +255,8 @@ private:
     /// Samples of the block put in the line ahead of the write position, which a widening
     /// keeps.
     std::uint32_t written = 0;
-    /// Places of the ring from here on hold zeros: windows and their guards never reached
-    /// them since the line was last emptied, so a widening over them has nothing to zero.
-    std::uint64_t dirtyLimit = 0;
+    /// The longest delay read since the line was emptied, in samples.
+    float longestHeld = 0.0f;
     float maximumDelay = 0.0f;
     std::uint64_t writeIndex = 0;
     float allpassState = 0.0f;

@@ -135,15 +135,15 @@ TEST(MultiTapOutEconomy, StandingTapsAreIndependentOfTheBlockSize)
 
 TEST(MultiTapOutEconomy, TapWideningTheLineLeavesTheOthersReadingInPlace)
 {
-    // Tap 1 glides (slower than time passes) far enough to widen the shared line's window
-    // while tap 0 reads in place; the line's newest samples move in that block (its write
-    // position is past the first window). Each tap reads what a line of its own reads.
+    // Tap 1 glides far enough to widen the shared line's window, step by step, while tap 0
+    // reads in place; the line's newest samples move as it widens (its write position is past
+    // the first window). Each tap reads what a line of its own reads.
     const auto input = noise(20000);
     ondo::MultiTapOutEconomy taps(2, 500.0f, ondo::Delay::nearest);
     ondo::Delay own[2] = {ondo::Delay(500.0f, ondo::Delay::nearest), ondo::Delay(500.0f, ondo::Delay::nearest)};
-    taps.setInterpolationTime(1000.0f);
-    own[0].setInterpolationTime(1000.0f);
-    own[1].setInterpolationTime(1000.0f);
+    taps.setInterpolationTime(100.0f);
+    own[0].setInterpolationTime(100.0f);
+    own[1].setInterpolationTime(100.0f);
     const auto setDelay = [&](std::uint32_t tap, float samples, bool immediate) {
         taps.setDelayInSamples(tap, samples, immediate);
         own[tap].setDelayInSamples(samples, immediate);
@@ -165,6 +165,40 @@ TEST(MultiTapOutEconomy, TapWideningTheLineLeavesTheOthersReadingInPlace)
         }
     }
     EXPECT_GT(taps.getLine().getWindowSize(), 8192u) << "the window widened";
+}
+
+TEST(MultiTapOutEconomy, LongerBlockKeepsTheHistoryThatALineReadsNext)
+{
+    // A window sized for blocks of 64 at a delay of 10000 samples, then one block of 8192:
+    // written before it is read, it must not take the places of the samples read next. The
+    // shared line and a line of its own alike give in[t - 10000].
+    const auto input = noise(30000);
+    std::vector<std::uint32_t> blocks(200, 64);
+    blocks.push_back(8192);
+    ondo::MultiTapOutEconomy taps(1, 500.0f, ondo::Delay::nearest);
+    ondo::Delay own(500.0f, ondo::Delay::nearest);
+    taps.setDelayInSamples(0, 10000.0f, true);
+    own.setDelayInSamples(10000.0f, true);
+    ChannelBlock scratch(1, 8192);
+    std::vector<float> shared(input.size()), alone(input.size());
+    std::size_t start = 0;
+    for (std::size_t b = 0; start < input.size(); ++b)
+    {
+        const auto n = static_cast<std::uint32_t>(std::min<std::size_t>(b < blocks.size() ? blocks[b] : 64,
+                                                                        input.size() - start));
+        float* in = const_cast<float*>(input.data()) + start;
+        const float* read = taps.processInPlace(scratch.get(), &in, n)[0];
+        std::copy_n(read, n, shared.begin() + static_cast<std::ptrdiff_t>(start));
+        float* out = alone.data() + start;
+        own.process(&out, &in, n);
+        start += n;
+    }
+    for (std::size_t t = 0; t < input.size(); ++t)
+    {
+        const float expected = t >= 10000 ? input[t - 10000] : 0.0f;
+        ASSERT_EQ(shared[t], expected) << t;
+        ASSERT_EQ(alone[t], expected) << t;
+    }
 }
 
 TEST(MultiTapOutEconomy, GlidingTapEndsExactlyOnItsTarget)
