@@ -530,16 +530,11 @@ TEST(Delay, ProcessAllocatesNothing)
 }
 } // namespace
 
-// A reader keeps where its fixed delay starts and finds it again with integer steps. The
-// float position it stands for rounds differently only when the delay's fraction lies near
-// one half: across rings of 2^15 to 2^23 samples, write positions up to the ring's end and
-// delays a few ulps either side of one half, the kept start must read what a fresh one reads,
-// and a delay clear of one half must read round(delay) samples back.
 TEST(Delay, WindowWidensWithoutChangingWhatIsRead)
 {
     // A line keeping only its window reads what a line keeping its whole ring reads, so long
-    // as a lengthening finds its history within the window's 50 ms (2205 samples) of headroom:
-    // a glide, a jump within it, and a glide slower than time passes, which never looks back.
+    // as the delay lengthens by at most the window's 50 ms (2205 samples) of headroom within
+    // one block: a glide, a jump within it, and a glide slower than time passes.
     struct Change
     {
         float samples;
@@ -589,6 +584,11 @@ TEST(Delay, HistoryBeyondTheWindowReadsAsSilence)
         ASSERT_EQ(out[t - jump], t - 20000 >= oldestKept ? input[t - 20000] : 0.0f) << t;
 }
 
+// A reader keeps where its fixed delay starts and finds it again with integer steps. The
+// float position it stands for rounds differently only when the delay's fraction lies near
+// one half: across rings of 2^15 to 2^23 samples, write positions up to the ring's end and
+// delays a few ulps either side of one half, the kept start must read what a fresh one reads,
+// and a delay clear of one half must read round(delay) samples back.
 TEST(Delay, KeptStartOfARoundedReadFindsTheSameSamplesAsAFreshOne)
 {
     std::vector<float> delays{0.0f, 1.0f, 979.902f, 1000.25f, 1000.75f, 7148.61f, 31000.1f};
