@@ -23,8 +23,9 @@ namespace ondo
 /// the whole ring, keeping what it held; a long line read at short delays thus keeps its
 /// working set in the caches. History older than the window is not kept: a delay that
 /// lengthens by more than the window's headroom within one block reads silence where the
-/// window had not reached. (Below two samples of delay the four-point readers also take the next place, not
-/// yet written: the window holds there another stale sample than the whole ring would.)
+/// window had not reached. (Below two samples of delay the four-point readers also take the
+/// next place, not yet written: the window holds there another stale sample than the whole
+/// ring would.)
 class Delay : public AudioProcessorWithOscInAudioInterrupt
 {
 public:
