@@ -18,8 +18,13 @@ bash "$root/scripts/setup.sh" valgrind
 bash "$root/scripts/build.sh" "$root/build/bench" -DCMAKE_BUILD_TYPE=Release -DTARVO_BUILD_BENCHMARKS=ON >/dev/null
 program="$root/build/bench/bench/tarvo_room_blocks"
 count() {
-  valgrind --tool=callgrind --callgrind-out-file=/dev/null "$program" "${room[@]}" "$1" 2>&1 |
-    sed -n 's/.*Collected : *\([0-9]*\).*/\1/p'
+  local report
+  # A room the program refuses ends the script with the program's own words.
+  if ! report=$(valgrind --tool=callgrind --callgrind-out-file=/dev/null "$program" "${room[@]}" "$1" 2>&1); then
+    grep -v '^==' <<< "$report" >&2
+    exit 1
+  fi
+  sed -n 's/.*Collected : *\([0-9]*\).*/\1/p' <<< "$report"
 }
 short=$(count 500)
 long=$(count 1500)
