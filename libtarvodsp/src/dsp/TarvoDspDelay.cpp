@@ -266,6 +266,7 @@ void Delay::resetWindow()
     windowMask = windowSize - 1;
     windowReach = reachOfWindow(windowSize);
     longestHeld = 0.0f;
+    ++layout;
 }
 
 void Delay::widenWindow(float delay, std::uint32_t n)
@@ -304,6 +305,7 @@ void Delay::widenWindow(float delay, std::uint32_t n)
     windowSize = size;
     windowMask = size - 1;
     windowReach = reachOfWindow(size);
+    ++layout;
 }
 
 float Delay::headroom() const

@@ -133,6 +133,16 @@ public:
     std::uint64_t getWindowSize() const { return windowSize; }
     std::uint64_t getAllocatedSize() const { return allocatedSize; }
     std::uint64_t getWriteIndex() const { return writeIndex; }
+    /// Changes whenever runs found in the line may no longer hold their samples: the window
+    /// moved them, or the line was emptied or resized. Audio thread, or between blocks.
+    std::uint64_t getLayout() const { return layout; }
+    /// How many more blocks of `n` a run of this block's, found in the line at `run`, can move
+    /// on by `n` each and still lie whole before the window's end. Audio thread.
+    std::uint64_t blocksInPlace(const float* run, std::uint32_t n) const
+    {
+        const auto index = static_cast<std::uint64_t>(run - (buffer.data() + guard));
+        return (windowSize - index) / n - 1;
+    }
     const Ramp& getDelayRamp() const { return delayRamp; }
 
     /// Makes sure that blocks of `n` samples read at delays up to `delayInSamples`, or any
@@ -258,6 +268,7 @@ private:
     std::uint32_t written = 0;
     /// The longest delay read since the line was emptied, in samples.
     float longestHeld = 0.0f;
+    std::uint64_t layout = 0;
     float maximumDelay = 0.0f;
     std::uint64_t writeIndex = 0;
     float allpassState = 0.0f;

@@ -60,23 +60,59 @@ float* const* MultiTapOutEconomy::processInPlace(float** scratch, float** inputs
         return scratch;
     }
     delay.write(inputs[0], numSamples);
-    std::uint64_t window = delay.getWindowSize();
+    readTaps(scratch, numSamples);
+    delay.advance(numSamples);
+    return reads.data();
+}
+
+void MultiTapOutEconomy::readTaps(float** scratch, std::uint32_t n)
+{
+    // Taps that read steadily find their runs where they found them last block, moved on;
+    // a run that reaches the window's end, and a tap that glides, are read again.
+    const bool steady = steadyRuns.serves(n, delay.getLayout()) && tapsAsKept();
+    if (!steady)
+        keptHandOvers = handOvers(); // before the reads: a hand-over during them shows next block
+    std::uint64_t layout = delay.getLayout();
+    bool widened = false;
     for (std::uint32_t t = 0; t < taps.size(); ++t)
     {
-        reads[t] = isOutletConnected(t) ? const_cast<float*>(taps[t]->processInPlace(scratch[t], numSamples))
-                                        : scratch[t];
-        if (delay.getWindowSize() == window)
+        if (steady && steadyRuns.moveOn(t, reads[t]))
+            continue;
+        reads[t] = isOutletConnected(t) ? const_cast<float*>(taps[t]->processInPlace(scratch[t], n)) : scratch[t];
+        steadyRuns.keep(t, delay, reads[t] != scratch[t] ? reads[t] : nullptr);
+        if (delay.getLayout() == layout)
             continue;
         // This tap widened the line's window, which moved the samples that the taps before it
         // found in place. Those are steady taps reading whole samples, whose reads change
         // nothing: they find their runs again.
-        window = delay.getWindowSize();
+        layout = delay.getLayout();
+        widened = true;
         for (std::uint32_t before = 0; before < t; ++before)
             if (reads[before] != scratch[before])
-                reads[before] = const_cast<float*>(taps[before]->processInPlace(scratch[before], numSamples));
+                reads[before] = const_cast<float*>(taps[before]->processInPlace(scratch[before], n));
     }
-    delay.advance(numSamples);
-    return reads.data();
+    if (steady && !widened)
+        return;
+    steadyRuns.start(n, layout);
+    for (std::uint32_t t = 0; t < taps.size(); ++t)
+        steadyRuns.keep(t, delay, reads[t] != scratch[t] ? reads[t] : nullptr);
+}
+
+std::uint64_t MultiTapOutEconomy::handOvers() const
+{
+    std::uint64_t sum = 0;
+    for (const TapOutEconomy* tap : taps)
+        sum += tap->getHandOvers();
+    return sum;
+}
+
+bool MultiTapOutEconomy::tapsAsKept() const
+{
+    // The counts only grow, so any hand-over moves the sum.
+    bool connected = true;
+    for (std::uint32_t t = 0; t < taps.size(); ++t)
+        connected &= isOutletConnected(t);
+    return connected && handOvers() == keptHandOvers;
 }
 
 void MultiTapOutEconomy::setNumTaps(std::uint32_t n)
@@ -86,6 +122,7 @@ void MultiTapOutEconomy::setNumTaps(std::uint32_t n)
         taps.deletePointees(n);
     taps.resize(n);
     reads.resize(n);
+    steadyRuns.resize(n);
     // New taps read like tap 0; the first tap of all reads like the line.
     const Delay::InterpolationMode mode = old > 0 ? taps[0]->getActiveMode() : delay.getInterpolationMode();
     const float glideMs = old > 0 ? taps[0]->getInterpolationTime() : delay.getInterpolationTime();

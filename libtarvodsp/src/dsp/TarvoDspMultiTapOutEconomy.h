@@ -3,6 +3,7 @@
 #include "containers/TarvoDspVector.h"
 #include "dsp/TarvoDspAudioProcessorWithOscInAudioInterrupt.h"
 #include "dsp/TarvoDspDelay.h"
+#include "dsp/TarvoDspSteadyRuns.h"
 #include "dsp/TarvoDspTapOutEconomy.h"
 
 #include <string>
@@ -60,8 +61,17 @@ public:
     const Delay& getLine() const { return delay; }
 
 private:
+    /// Every tap's block, in place or in `scratch`.
+    void readTaps(float** scratch, std::uint32_t n);
+    /// The taps' hand-overs, all counted.
+    std::uint64_t handOvers() const;
+    /// Whether every tap reads as it did when its run was kept.
+    bool tapsAsKept() const;
+
     Delay delay;
     Vector<TapOutEconomy*> taps;
     Vector<float*> reads;
+    std::uint64_t keptHandOvers = 0;
+    SteadyRuns steadyRuns;
 };
 } // namespace ondo

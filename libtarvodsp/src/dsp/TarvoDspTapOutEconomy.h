@@ -4,6 +4,7 @@
 #include "dsp/TarvoDspDelay.h"
 #include "dsp/TarvoDspRamp.h"
 
+#include <atomic>
 #include <cstdint>
 
 namespace ondo
@@ -37,6 +38,11 @@ public:
         return economiseThenRead(scratch, n);
     }
 
+    /// Counts the hand-overs that may change where the tap reads (delay, interpolator,
+    /// economy, rate). A tap that found its run in place reads the same way until the next
+    /// one: its owner may then move the run on instead. Audio thread.
+    std::uint32_t getHandOvers() const { return handOvers.load(std::memory_order_acquire); }
+
     /// Glides to `ms` over the interpolation time, or jumps with `immediate`, and puts the
     /// requested interpolator back into use. Negative values count as 0. A delay beyond the
     /// line's maximum enlarges (and empties) the line, which allocates; otherwise a
@@ -69,6 +75,8 @@ private:
     friend class MultiTapOutEconomy;
 
     const float* economiseThenRead(float* scratch, std::uint32_t n);
+    /// After a hand-over's stores, so that a reader that sees the count sees them.
+    void handedOver() { handOvers.fetch_add(1, std::memory_order_release); }
 
     RelaxedAtomic<Delay::InterpolationMode> requestedMode;
     Delay* delay;
@@ -79,5 +87,6 @@ private:
     float allpassState = 0.0f;
     Delay::RoundedStart readStart;
     RelaxedAtomic<bool> economyEnabled = true;
+    std::atomic<std::uint32_t> handOvers = 0;
 };
 } // namespace ondo

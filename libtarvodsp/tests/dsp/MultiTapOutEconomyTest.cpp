@@ -1,11 +1,15 @@
 #include "dsp/TarvoDspMultiTapOutEconomy.h"
 
+#include "dsp/TarvoDspDelayEconomy.h"
+
 #include "AllocationCounter.h"
 #include "TestSignals.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
+#include <memory>
 #include <vector>
 
 namespace
@@ -165,6 +169,68 @@ TEST(MultiTapOutEconomy, TapWideningTheLineLeavesTheOthersReadingInPlace)
         }
     }
     EXPECT_GT(taps.getLine().getWindowSize(), 8192u) << "the window widened";
+}
+
+TEST(MultiTapOutEconomy, HandOversBetweenSteadyBlocksTakeEffectAtOnce)
+{
+    // Steady taps move their runs on from block to block, across many wraps of the window;
+    // each hand-over below lands between two such blocks. Every tap must read, block by
+    // block, what a line of its own with the same economy reads.
+    const auto input = noise(60000);
+    constexpr std::uint32_t numTaps = 3;
+    ondo::MultiTapOutEconomy taps(numTaps, 300.0f, ondo::Delay::linear);
+    std::vector<std::unique_ptr<ondo::DelayEconomy>> own;
+    for (std::uint32_t t = 0; t < numTaps; ++t)
+        own.push_back(std::make_unique<ondo::DelayEconomy>(300.0f, ondo::Delay::linear));
+    const auto forBoth = [&](std::uint32_t t, auto onTap, auto onLine) {
+        onTap(taps.getTap(t));
+        onLine(*own[t]);
+    };
+    const auto setDelay = [&](std::uint32_t t, float samples, bool immediate) {
+        forBoth(t, [&](auto& tap) { tap.setDelayInSamples(samples, immediate); },
+                [&](auto& line) { line.setDelayInSamples(samples, immediate); });
+    };
+    const std::vector<float> initial{100.0f, 3000.0f, 7000.5f};
+    for (std::uint32_t t = 0; t < numTaps; ++t)
+        setDelay(t, initial[t], true);
+    struct HandOver
+    {
+        std::size_t block;
+        std::function<void()> apply;
+    };
+    const std::vector<HandOver> handOvers{
+        {200, [&] { setDelay(1, 2500.0f, true); }},
+        {260, [&] { setDelay(2, 6000.25f, false); }},
+        {330, [&] { setDelay(0, 100.0f, true); }},
+        {400, [&] {
+             forBoth(0, [](auto& tap) { tap.setInterpolationMode(ondo::Delay::hermite3); },
+                     [](auto& line) { line.setInterpolationMode(ondo::Delay::hermite3); });
+         }},
+        {470, [&] {
+             forBoth(1, [](auto& tap) { tap.setEconomy(false); }, [](auto& line) { line.setEconomy(false); });
+         }},
+        {540, [&] { setDelay(1, 4000.0f, true); }},
+        {610, [&] {
+             forBoth(1, [](auto& tap) { tap.setEconomy(true); }, [](auto& line) { line.setEconomy(true); });
+         }},
+        {700, [&] { setDelay(2, 11.0f, true); }},
+    };
+    ChannelBlock scratch(numTaps, 64), expected(numTaps, 64);
+    std::size_t next = 0;
+    for (std::size_t block = 0; (block + 1) * 64 <= input.size(); ++block)
+    {
+        for (; next < handOvers.size() && handOvers[next].block == block; ++next)
+            handOvers[next].apply();
+        float* in = const_cast<float*>(input.data()) + block * 64;
+        float* const* read = taps.processInPlace(scratch.get(), &in, 64);
+        for (std::uint32_t t = 0; t < numTaps; ++t)
+        {
+            float* out = expected.data[t].data();
+            own[t]->process(&out, &in, 64);
+            ASSERT_TRUE(std::equal(read[t], read[t] + 64, out)) << "tap " << t << " at block " << block;
+        }
+    }
+    EXPECT_EQ(next, handOvers.size());
 }
 
 TEST(MultiTapOutEconomy, LongerBlockKeepsTheHistoryThatALineReadsNext)

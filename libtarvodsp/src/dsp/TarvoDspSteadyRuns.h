@@ -1,0 +1,59 @@
+#pragma once
+
+#include "containers/TarvoDspVector.h"
+#include "dsp/TarvoDspDelay.h"
+
+#include <cstdint>
+
+namespace ondo
+{
+/// Lets the owner of delay lines take a steady block without asking every line where its
+/// runs lie. A run a line handed out in place lies, in each later block of the same size,
+/// the block's size further on: until it would reach the window's end, or the line's layout
+/// changes. The owner keeps the runs and checks what else places them (each reader's delay
+/// and interpolator); this counts, run by run, the blocks they may still move on, and keeps
+/// the block's size and the lines' layouts. Audio thread, sized on the control thread.
+class SteadyRuns
+{
+public:
+    /// Room for `count` runs, none kept. Control thread; allocates.
+    void resize(std::uint32_t count)
+    {
+        blocksLeft.resize(count);
+        start(0, 0);
+    }
+    /// Forgets every run; those kept from now on are of blocks of `n` samples, over lines
+    /// whose layouts (`Delay::getLayout`) add up to `layouts`: the layouts only grow, so any
+    /// change moves the sum.
+    void start(std::uint32_t n, std::uint64_t layouts)
+    {
+        size = n;
+        kept = layouts;
+        for (std::uint64_t& left : blocksLeft)
+            left = 0;
+    }
+    /// Whether the runs kept serve a block of `n` samples over lines of `layouts`.
+    bool serves(std::uint32_t n, std::uint64_t layouts) const { return n == size && layouts == kept; }
+    /// Run `i`, found in place in `line` at `at` in this block, or null where it wasn't.
+    void keep(std::uint32_t i, const Delay& line, const float* at)
+    {
+        blocksLeft[i] = at == nullptr || size == 0 ? 0 : line.blocksInPlace(at, size);
+    }
+    /// Moves run `i` on by the block where it still lies whole; false where it must be found
+    /// again.
+    template <typename Run>
+    bool moveOn(std::uint32_t i, Run& run)
+    {
+        if (blocksLeft[i] == 0)
+            return false;
+        --blocksLeft[i];
+        run += size;
+        return true;
+    }
+
+private:
+    std::uint32_t size = 0;
+    std::uint64_t kept = 0;
+    Vector<std::uint64_t> blocksLeft;
+};
+} // namespace ondo
