@@ -114,6 +114,7 @@ Reverb::Reverb(std::uint32_t numChannels)
       shuffle(numChannels)
 {
     filters.setCrossfadeTime(decayCrossfadeTimeMs);
+    tapRuns.resize(numChannels);
     for (auto& air : airFilters)
         air = std::make_unique<AirAbsorption>(2);
     // The block views know their channel counts from the start, so the first block allocates nothing.
@@ -207,6 +208,49 @@ void Reverb::mixSums(float* const* out, std::uint32_t n)
     }
 }
 
+void Reverb::readTaps(float** tap, std::uint32_t n)
+{
+    // A tap that found its chunk in place reads whole samples and doesn't glide: until its
+    // next hand-over, and while its line keeps its layout, the run moves on by the chunk.
+    const std::uint64_t layouts = lineLayouts();
+    const bool steady = tapRuns.serves(n, layouts) && tapHandOvers() == keptHandOvers;
+    if (!steady)
+    {
+        keptHandOvers = tapHandOvers(); // before the reads: a hand-over during them shows next time
+        tapRuns.start(n, layouts);
+    }
+    for (std::uint32_t i = 0; i < numChannels; ++i)
+    {
+        if (steady && tapRuns.moveOn(i, lineReads[i]))
+            continue;
+        lineReads[i] = taps[i]->processInPlace(tap[i], n);
+        tapRuns.keep(i, *delays[i], lineReads[i] != tap[i] ? lineReads[i] : nullptr);
+    }
+    // A read that widened its line moved nothing another tap reads, but the sum moved on.
+    if (const std::uint64_t after = lineLayouts(); after != layouts)
+    {
+        tapRuns.start(n, after);
+        for (std::uint32_t i = 0; i < numChannels; ++i)
+            tapRuns.keep(i, *delays[i], lineReads[i] != tap[i] ? lineReads[i] : nullptr);
+    }
+}
+
+std::uint64_t Reverb::tapHandOvers() const
+{
+    std::uint64_t sum = 0;
+    for (const auto& tap : taps)
+        sum += tap->getHandOvers();
+    return sum;
+}
+
+std::uint64_t Reverb::lineLayouts() const
+{
+    std::uint64_t sum = 0;
+    for (const auto& line : delays)
+        sum += line->getLayout();
+    return sum;
+}
+
 void Reverb::runChunk(std::uint32_t n)
 {
     const float g = inputGain.getValue(0);
@@ -223,8 +267,7 @@ void Reverb::runChunk(std::uint32_t n)
     // next, so that the shelves of all lines run side by side. Every sample is as it would be
     // line by line. The shelves read the lines in place where they can, and the mixer writes
     // into them in place where it can.
-    for (std::uint32_t i = 0; i < numChannels; ++i)
-        lineReads[i] = taps[i]->processInPlace(tap[i], n);
+    readTaps(tap, n);
     // The shelves' stage updates come first. With air, a line's air filter follows its shelf
     // sample by sample, and the batch takes each pair. Alone, the shelves' updates go through
     // their processor, which reuses the last ones while nothing is handed over.

@@ -9,6 +9,7 @@
 #include "dsp/TarvoDspFadedBiquadBatch.h"
 #include "dsp/TarvoDspMultiFadedHLShelf.h"
 #include "dsp/TarvoDspRamp.h"
+#include "dsp/TarvoDspSteadyRuns.h"
 #include "dsp/TarvoDspTapOutEconomy.h"
 #include "reverb/QuorAirAbsorption.h"
 #include "reverb/QuorDelgen.h"
@@ -116,6 +117,11 @@ public:
     std::uint32_t getChunkLimit() const;
 
 private:
+    /// Every line's chunk from its tap, into `lineReads`: in place, or in `tap`.
+    void readTaps(float** tap, std::uint32_t n);
+    /// The taps' hand-overs, and the lines' layouts, each all counted.
+    std::uint64_t tapHandOvers() const;
+    std::uint64_t lineLayouts() const;
     void runChunk(std::uint32_t n);
     /// The mix of `processWithSums` over the chunk's lines, after the network ran into `out`.
     void mixSums(float* const* out, std::uint32_t n);
@@ -143,6 +149,9 @@ private:
     /// Where each line's chunk is read from and written to: in the line, or a buffer.
     ondo::Vector<const float*> lineReads;
     ondo::Vector<float*> lineWrites;
+    /// The reads found in place, moved on while their taps and lines stand as they were.
+    ondo::SteadyRuns tapRuns;
+    std::uint64_t keptHandOvers = 0;
     /// Whether the block asks for sums, where the chunk's go, and their factors.
     bool summing = false;
     ondo::AudioBufferReference<float> sumsReference;

@@ -263,6 +263,30 @@ TEST(Reverb, ProcessAllocatesNothingAndLeavesNoDenormals)
     EXPECT_EQ(scope.count(), 0u);
     EXPECT_FALSE(denormal);
 }
+TEST(Reverb, DelayJumpAfterSteadyBlocksTakesEffectAtOnce)
+{
+    // Settled lines move their reads on from block to block; a jump handed over between two
+    // such blocks must move every read at once. An impulse after the jump first comes back
+    // on each line exactly that line's new delay later.
+    Reverb reverb(8);
+    render(reverb, {}, 64 * 300);
+    ondo::Vector<float> delays{401.0f, 523.0f, 617.0f, 709.0f, 811.0f, 919.0f, 1013.0f, 1117.0f};
+    const ondo::Vector<float> samples = delays;
+    for (float& d : delays)
+        d = d * 1000.0f / rate;
+    reverb.setDelays(delays, true);
+    std::vector<std::vector<float>> input(1, std::vector<float>(65, 0.0f));
+    input[0][64] = 1.0f;
+    const auto response = render(reverb, input, 64 * 20);
+    for (std::uint32_t line = 0; line < 8; ++line)
+    {
+        std::size_t first = 0;
+        while (first < response[line].size() && response[line][first] == 0.0f)
+            ++first;
+        EXPECT_EQ(first, 64u + static_cast<std::size_t>(samples[line])) << "line " << line;
+    }
+}
+
 // The sums must be the same whether a chunk runs in one pass or step by step: line counts
 // with and without the one-pass kernel, blocks cut into unequal chunks, a decay change that
 // crossfades the shelves for a while, and air switched on halfway. The output must not
