@@ -20,6 +20,8 @@ MultiTapOutEconomy::~MultiTapOutEconomy()
 
 void MultiTapOutEconomy::process(float** outputs, float** inputs, std::uint32_t numSamples)
 {
+    // The line moves on here without the runs kept for `processInPlace`.
+    steadyRuns.forget();
     for (std::uint32_t start = 0; start < numSamples; start += Delay::maximumBlockSize)
     {
         const std::uint32_t n = std::min(numSamples - start, Delay::maximumBlockSize);

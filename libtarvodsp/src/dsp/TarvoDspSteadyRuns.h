@@ -32,6 +32,8 @@ public:
         for (std::uint64_t& left : blocksLeft)
             left = 0;
     }
+    /// The lines moved on without the owner's runs: none serve until the next `start`.
+    void forget() { size = 0; }
     /// Whether the runs kept serve a block of `n` samples over lines of `layouts`.
     bool serves(std::uint32_t n, std::uint64_t layouts) const { return n == size && layouts == kept; }
     /// Run `i`, found in place in `line` at `at` in this block, or null where it wasn't.
