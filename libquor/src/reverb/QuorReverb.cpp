@@ -224,14 +224,14 @@ void Reverb::readTaps(float** tap, std::uint32_t n)
         if (steady && tapRuns.moveOn(i, lineReads[i]))
             continue;
         lineReads[i] = taps[i]->processInPlace(tap[i], n);
-        tapRuns.keep(i, *delays[i], lineReads[i] != tap[i] ? lineReads[i] : nullptr);
+        tapRuns.keep(i, *delays[i], lineReads[i] != tap[i] ? lineReads[i] : nullptr, taps[i]->getReadStart());
     }
     // A read that widened its line moved nothing another tap reads, but the sum moved on.
     if (const std::uint64_t after = lineLayouts(); after != layouts)
     {
         tapRuns.start(n, after);
         for (std::uint32_t i = 0; i < numChannels; ++i)
-            tapRuns.keep(i, *delays[i], lineReads[i] != tap[i] ? lineReads[i] : nullptr);
+            tapRuns.keep(i, *delays[i], lineReads[i] != tap[i] ? lineReads[i] : nullptr, taps[i]->getReadStart());
     }
 }
 

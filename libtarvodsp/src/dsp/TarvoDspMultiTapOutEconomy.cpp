@@ -81,7 +81,7 @@ void MultiTapOutEconomy::readTaps(float** scratch, std::uint32_t n)
         if (steady && steadyRuns.moveOn(t, reads[t]))
             continue;
         reads[t] = isOutletConnected(t) ? const_cast<float*>(taps[t]->processInPlace(scratch[t], n)) : scratch[t];
-        steadyRuns.keep(t, delay, reads[t] != scratch[t] ? reads[t] : nullptr);
+        steadyRuns.keep(t, delay, reads[t] != scratch[t] ? reads[t] : nullptr, taps[t]->getReadStart());
         if (delay.getLayout() == layout)
             continue;
         // This tap widened the line's window, which moved the samples that the taps before it
@@ -97,7 +97,7 @@ void MultiTapOutEconomy::readTaps(float** scratch, std::uint32_t n)
         return;
     steadyRuns.start(n, layout);
     for (std::uint32_t t = 0; t < taps.size(); ++t)
-        steadyRuns.keep(t, delay, reads[t] != scratch[t] ? reads[t] : nullptr);
+        steadyRuns.keep(t, delay, reads[t] != scratch[t] ? reads[t] : nullptr, taps[t]->getReadStart());
 }
 
 std::uint64_t MultiTapOutEconomy::handOvers() const

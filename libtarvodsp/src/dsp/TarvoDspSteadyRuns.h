@@ -36,10 +36,12 @@ public:
     void forget() { size = 0; }
     /// Whether the runs kept serve a block of `n` samples over lines of `layouts`.
     bool serves(std::uint32_t n, std::uint64_t layouts) const { return n == size && layouts == kept; }
-    /// Run `i`, found in place in `line` at `at` in this block, or null where it wasn't.
-    void keep(std::uint32_t i, const Delay& line, const float* at)
+    /// Run `i`, found in place in `line` at `at` in this block (null where it wasn't), read
+    /// from `start`. Only a start kept in whole steps moves on by the block: the rounding of a
+    /// position worked out in floats may change with the write position.
+    void keep(std::uint32_t i, const Delay& line, const float* at, const Delay::RoundedStart& start)
     {
-        blocksLeft[i] = at == nullptr || size == 0 ? 0 : line.blocksInPlace(at, size);
+        blocksLeft[i] = at == nullptr || size == 0 || !start.exact ? 0 : line.blocksInPlace(at, size);
     }
     /// Moves run `i` on by the block where it still lies whole; false where it must be found
     /// again.

@@ -69,6 +69,8 @@ public:
     bool isEconomyEnabled() const { return economyEnabled; }
     float getSampleRate() const { return sampleRate; }
     const Ramp& getRamp() const { return ramp; }
+    /// Where the tap's fixed reads start. Audio thread.
+    const Delay::RoundedStart& getReadStart() const { return readStart; }
     Delay* getLine() const { return delay; }
 
 private:
