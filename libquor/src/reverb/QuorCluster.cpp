@@ -14,8 +14,9 @@ constexpr float delaySpanMs = 60.0f;
 Cluster::Cluster(std::uint32_t numChannels)
     : AudioProcessorWithOscInAudioInterrupt(numChannels, numChannels),
       delays(std::make_unique<ondo::MultiDelayEconomy>(numChannels, maximumDelayMs)), shuffle(numChannels),
-      buffer(numChannels, defaultBufferSize), writeRuns(numChannels), readRuns(numChannels)
+      buffer(numChannels, defaultBufferSize), writeRuns(numChannels), readRuns(numChannels), runs(numChannels)
 {
+    lineRuns.resize(numChannels);
     setup(sampleRate, bufferSize, true);
     delays->setInterpolationMode(ondo::Delay::nearest);
     delays->setInterpolationTime(glideTimeMs);
@@ -27,9 +28,11 @@ Cluster::Cluster(std::uint32_t numChannels)
 
 void Cluster::process(float** outputs, float** inputs, std::uint32_t numSamples)
 {
+    // The lines move on here without the runs kept for `processInPlace`.
+    lineRuns.forget();
     if (numSamples != buffer.getNumSamples())
         buffer.setSize(numInputs, numSamples);
-    if (findWriteRuns(numSamples))
+    if (findWriteRuns(numSamples, false))
     {
         // The mix lands in the lines themselves: no block copy on the way in.
         shuffle.process(writeRuns.data(), inputs, numSamples);
@@ -43,18 +46,48 @@ void Cluster::process(float** outputs, float** inputs, std::uint32_t numSamples)
 
 float* const* Cluster::processInPlace(float** scratch, float** inputs, std::uint32_t numSamples)
 {
-    if (!findWriteRuns(numSamples))
+    // A line that stands as it stood last block takes its runs moved on by the block; a run at
+    // the window's end, a gliding line, and every line after a hand-over find them again.
+    const bool steady = lineRuns.serves(numSamples, lineLayouts()) && lineHandOvers() == keptHandOvers;
+    if (!steady)
+        keptHandOvers = lineHandOvers(); // before the reads: a hand-over during them shows next block
+    if (!findWriteRuns(numSamples, steady))
     {
         process(scratch, inputs, numSamples);
         return scratch;
     }
     shuffle.process(writeRuns.data(), inputs, numSamples);
+    const auto keep = [&](std::uint32_t c) {
+        const ondo::Delay& line = delays->getChannel(c).getLine();
+        const bool inPlace = readRuns[c] != scratch[c] && runs[c] != widened;
+        lineRuns.keep(c, line, inPlace ? std::max<const float*>(writeRuns[c], readRuns[c]) : nullptr,
+                      line.getOwnStart());
+    };
     for (std::uint32_t c = 0; c < numInputs; ++c)
-        readRuns[c] = delays->getChannel(c).processWrittenInPlace(scratch[c], numSamples);
+    {
+        ondo::DelayEconomy& line = delays->getChannel(c);
+        if (runs[c] == movedOn)
+        {
+            line.moveOn(numSamples);
+            continue;
+        }
+        const std::uint64_t layout = line.getLine().getLayout();
+        readRuns[c] = line.processWrittenInPlace(scratch[c], numSamples);
+        // A read that widened the window moved the block just written away from its write run.
+        if (line.getLine().getLayout() != layout)
+            runs[c] = widened;
+        keep(c);
+    }
+    if (!steady)
+    {
+        lineRuns.start(numSamples, lineLayouts());
+        for (std::uint32_t c = 0; c < numInputs; ++c)
+            keep(c);
+    }
     return readRuns.data();
 }
 
-bool Cluster::findWriteRuns(std::uint32_t n)
+bool Cluster::findWriteRuns(std::uint32_t n, bool steady)
 {
     if (n > ondo::Delay::maximumBlockSize)
         return false;
@@ -63,11 +96,30 @@ bool Cluster::findWriteRuns(std::uint32_t n)
         // A line its processor would mute is left to that processor.
         if (!delays->isInletActive(c) || !delays->isOutletConnected(c))
             return false;
+        runs[c] = steady && lineRuns.moveOn(c, writeRuns[c], readRuns[c]) ? movedOn : foundAgain;
+        if (runs[c] == movedOn)
+            continue;
         writeRuns[c] = delays->getChannel(c).findWriteRun(n);
         if (writeRuns[c] == nullptr)
             return false;
     }
     return true;
+}
+
+std::uint64_t Cluster::lineLayouts() const
+{
+    std::uint64_t sum = 0;
+    for (std::uint32_t c = 0; c < numInputs; ++c)
+        sum += delays->getChannel(c).getLine().getLayout();
+    return sum;
+}
+
+std::uint64_t Cluster::lineHandOvers() const
+{
+    std::uint64_t sum = 0;
+    for (std::uint32_t c = 0; c < numInputs; ++c)
+        sum += delays->getChannel(c).getLine().getHandOvers();
+    return sum;
 }
 
 void Cluster::setSampleRate(float rate)

@@ -4,6 +4,7 @@
 #include "containers/TarvoDspVector.h"
 #include "dsp/TarvoDspAudioProcessorWithOscInAudioInterrupt.h"
 #include "dsp/TarvoDspMultiDelayEconomy.h"
+#include "dsp/TarvoDspSteadyRuns.h"
 #include "reverb/QuorShuffle.h"
 
 #include <cstdint>
@@ -53,12 +54,27 @@ public:
 
 private:
     /// Where each line takes the block in one run, into `writeRuns`; false when a line can't.
-    bool findWriteRuns(std::uint32_t n);
+    /// With `steady`, a line whose kept runs move on takes both (`movedOn` in `runs`).
+    bool findWriteRuns(std::uint32_t n, bool steady);
+    /// The lines' layouts, and their hand-overs, each all counted.
+    std::uint64_t lineLayouts() const;
+    std::uint64_t lineHandOvers() const;
 
     std::unique_ptr<ondo::MultiDelayEconomy> delays;
     Shuffle shuffle;
     ondo::AudioBuffer<float> buffer;
     ondo::Vector<float*> writeRuns;
     ondo::Vector<float*> readRuns;
+    /// Each line's write and read runs found in place, moved on while the lines stand.
+    ondo::SteadyRuns lineRuns;
+    enum LineRuns : std::uint8_t
+    {
+        foundAgain,
+        movedOn,
+        /// Found again, then moved by the window's widening: not to be kept.
+        widened,
+    };
+    ondo::Vector<LineRuns> runs;
+    std::uint64_t keptHandOvers = 0;
 };
 } // namespace Quor

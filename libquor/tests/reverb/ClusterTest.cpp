@@ -95,6 +95,46 @@ TEST(Cluster, ChangingBlockSizesLoseNoSample)
     EXPECT_EQ(cut, reference);
 }
 
+TEST(Cluster, InPlaceBlocksGiveWhatCopiedBlocksGive)
+{
+    // Settled lines move their runs on from block to block, across many wraps of their
+    // windows; jumps and glides land between such blocks, and now and then a block is copied
+    // (every 150th).
+    // Blocks of 63 change the parity of the write position, which decides the rounding of a
+    // delay of a whole sample and a half. Each in-place block must equal a copying cluster's.
+    constexpr std::uint32_t numLines = 8, n = 63;
+    Cluster inPlace(numLines), copying(numLines);
+    std::vector<std::vector<float>> input;
+    for (std::uint32_t c = 0; c < numLines; ++c)
+        input.push_back(tarvo::testing::seededNoise(n * 1200, 40 + c));
+    const auto setBoth = [&](const ondo::Vector<float>& ms, bool immediate) {
+        for (Cluster* cluster : {&inPlace, &copying})
+            cluster->setDelays(ms, immediate);
+    };
+    // 882.5 samples: 20.0113... ms.
+    const float half = 882.5f * 1000.0f / rate;
+    ChannelBlock scratch(numLines, n), expected(numLines, n);
+    for (std::size_t block = 0; block < 1200; ++block)
+    {
+        // Line 7's jump widens its window while the write position lies in the upper half of
+        // the wider one: the block just written moves.
+        if (block == 150)
+            setBoth({half, 25.0f, 30.0f, 35.0f, 40.0f, 45.0f, 50.0f, 290.0f}, true);
+        if (block == 400)
+            setBoth({half, 25.0f, 30.0f, 35.0f, 40.0f, 45.0f, 50.0f, 120.0f}, false);
+        if (block == 700)
+            setBoth({22.0f, 25.0f, 30.0f, 35.0f, 40.0f, 45.0f, 50.0f, 55.0f}, true);
+        std::vector<float*> in;
+        for (auto& channel : input)
+            in.push_back(channel.data() + block * n);
+        float* const* read = block % 150 == 149 ? (inPlace.process(scratch.get(), in.data(), n), scratch.get())
+                                                : inPlace.processInPlace(scratch.get(), in.data(), n);
+        copying.process(expected.get(), in.data(), n);
+        for (std::uint32_t c = 0; c < numLines; ++c)
+            ASSERT_TRUE(std::equal(read[c], read[c] + n, expected.data[c].begin())) << "line " << c << ", block " << block;
+    }
+}
+
 TEST(Cluster, SetDelaysJumpsOrGlidesOverFiftyMilliseconds)
 {
     Cluster cluster(4);

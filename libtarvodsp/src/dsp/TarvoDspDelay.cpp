@@ -242,6 +242,7 @@ void Delay::setSampleRate(float rate)
     delayRamp.setSampleRate(sampleRate);
     ensureMaximumDelay(samplesToMs(target));
     delayRamp.setTarget(target, static_cast<double>(interpolationTime));
+    handOvers.count();
 }
 
 void Delay::setBufferSize(std::uint32_t size)
@@ -361,6 +362,7 @@ void Delay::setDelayInSamples(float samples, bool immediate)
 {
     ensureMaximumDelay(samplesToMs(samples));
     retarget(delayRamp, samples, immediate, interpolationTime);
+    handOvers.count();
 }
 
 void Delay::setInterpolationTime(float ms)

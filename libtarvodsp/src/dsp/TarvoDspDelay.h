@@ -3,6 +3,7 @@
 #include "common/TarvoDspRelaxedAtomic.h"
 #include "containers/TarvoDspVector.h"
 #include "dsp/TarvoDspAudioProcessorWithOscInAudioInterrupt.h"
+#include "dsp/TarvoDspHandOverCount.h"
 #include "dsp/TarvoDspRamp.h"
 
 #include <algorithm>
@@ -118,7 +119,11 @@ public:
     /// `setDelay` in samples.
     void setDelayInSamples(float samples, bool immediate = false);
     /// Any thread.
-    void setInterpolationMode(InterpolationMode mode) { interpolationMode = mode; }
+    void setInterpolationMode(InterpolationMode mode)
+    {
+        interpolationMode = mode;
+        handOvers.count();
+    }
     /// Glide time of later delay changes (ms); stored only when above 0. Any thread.
     void setInterpolationTime(float ms);
 
@@ -144,6 +149,13 @@ public:
         return (windowSize - index) / n - 1;
     }
     const Ramp& getDelayRamp() const { return delayRamp; }
+    /// Counts the hand-overs that may change where the line's own read lies (delay,
+    /// interpolator, rate). A run it found in place lies, until the next one, a block further
+    /// on in each later block of the same size: its owner may then move the run on instead.
+    /// Audio thread.
+    std::uint32_t getHandOvers() const { return handOvers.get(); }
+    /// Where the line's own fixed reads start. Audio thread.
+    const RoundedStart& getOwnStart() const { return ownStart; }
 
     /// Makes sure that blocks of `n` samples read at delays up to `delayInSamples`, or any
     /// delay held before since the line was emptied, find what was written, by widening the
@@ -284,5 +296,6 @@ private:
     Vector<std::int32_t> readIndices;
     /// The start of the line's own fixed reads.
     RoundedStart ownStart;
+    HandOverCount handOvers;
 };
 } // namespace ondo

@@ -30,6 +30,10 @@ public:
             Delay::economise(delay.interpolationMode, delay.delayRamp);
         return delay.processWrittenInPlace(scratch, numSamples);
     }
+    /// The rest of `processWrittenInPlace` for a block whose runs its owner moved on from the
+    /// last block's (`SteadyRuns`), which no hand-over (`Delay::getHandOvers`) came between:
+    /// the line moves on. Audio thread; real-time safe.
+    void moveOn(std::uint32_t n) { delay.advance(n); }
     /// Control thread, between blocks; allocates.
     void setSampleRate(float rate) override { delay.changeSampleRate(rate); }
     void setBufferSize(std::uint32_t size) override { delay.changeBufferSize(size); }

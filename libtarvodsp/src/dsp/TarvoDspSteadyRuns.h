@@ -44,14 +44,15 @@ public:
         blocksLeft[i] = at == nullptr || size == 0 || !start.exact ? 0 : line.blocksInPlace(at, size);
     }
     /// Moves run `i` on by the block where it still lies whole; false where it must be found
-    /// again.
-    template <typename Run>
-    bool moveOn(std::uint32_t i, Run& run)
+    /// again. Runs that move together (a line's write and read) go as one: kept at the one
+    /// nearer the window's end.
+    template <typename... Run>
+    bool moveOn(std::uint32_t i, Run&... runs)
     {
         if (blocksLeft[i] == 0)
             return false;
         --blocksLeft[i];
-        run += size;
+        ((runs += size), ...);
         return true;
     }
 

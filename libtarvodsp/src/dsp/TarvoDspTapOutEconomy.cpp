@@ -36,14 +36,14 @@ void TapOutEconomy::setDelayInSamples(float samples, bool immediate)
     delay->ensureMaximumDelay(samples * 1000.0f / sampleRate);
     Delay::retarget(ramp, samples, immediate, interpolationTime);
     activeMode = requestedMode.load();
-    handedOver();
+    handOvers.count();
 }
 
 void TapOutEconomy::setInterpolationMode(Delay::InterpolationMode mode)
 {
     requestedMode = mode;
     activeMode = mode;
-    handedOver();
+    handOvers.count();
 }
 
 void TapOutEconomy::setInterpolationTime(float ms)
@@ -57,7 +57,7 @@ void TapOutEconomy::setEconomy(bool enabled)
     economyEnabled = enabled;
     if (!enabled)
         activeMode = requestedMode.load();
-    handedOver();
+    handOvers.count();
 }
 
 void TapOutEconomy::setSampleRate(float rate)
@@ -68,6 +68,6 @@ void TapOutEconomy::setSampleRate(float rate)
     ramp.setSampleRate(rate);
     delay->ensureMaximumDelay(ms);
     Delay::retarget(ramp, ms * 0.001f * rate, false, interpolationTime);
-    handedOver();
+    handOvers.count();
 }
 } // namespace ondo

@@ -2,9 +2,9 @@
 
 #include "common/TarvoDspRelaxedAtomic.h"
 #include "dsp/TarvoDspDelay.h"
+#include "dsp/TarvoDspHandOverCount.h"
 #include "dsp/TarvoDspRamp.h"
 
-#include <atomic>
 #include <cstdint>
 
 namespace ondo
@@ -41,7 +41,7 @@ public:
     /// Counts the hand-overs that may change where the tap reads (delay, interpolator,
     /// economy, rate). A tap that found its run in place reads the same way until the next
     /// one: its owner may then move the run on instead. Audio thread.
-    std::uint32_t getHandOvers() const { return handOvers.load(std::memory_order_acquire); }
+    std::uint32_t getHandOvers() const { return handOvers.get(); }
 
     /// Glides to `ms` over the interpolation time, or jumps with `immediate`, and puts the
     /// requested interpolator back into use. Negative values count as 0. A delay beyond the
@@ -77,8 +77,6 @@ private:
     friend class MultiTapOutEconomy;
 
     const float* economiseThenRead(float* scratch, std::uint32_t n);
-    /// After a hand-over's stores, so that a reader that sees the count sees them.
-    void handedOver() { handOvers.fetch_add(1, std::memory_order_release); }
 
     RelaxedAtomic<Delay::InterpolationMode> requestedMode;
     Delay* delay;
@@ -89,6 +87,6 @@ private:
     float allpassState = 0.0f;
     Delay::RoundedStart readStart;
     RelaxedAtomic<bool> economyEnabled = true;
-    std::atomic<std::uint32_t> handOvers = 0;
+    HandOverCount handOvers;
 };
 } // namespace ondo
