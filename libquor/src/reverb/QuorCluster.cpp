@@ -22,7 +22,10 @@ Cluster::Cluster(std::uint32_t numChannels)
     delays->setInterpolationTime(glideTimeMs);
     const float step = numChannels > 1 ? delaySpanMs / static_cast<float>(numChannels - 1) : 0.0f;
     for (std::uint32_t i = 0; i < numChannels; ++i)
+    {
+        delays->getChannel(i).reportChangesTo(&lineChanges);
         delays->setDelay(i, firstDelayMs + static_cast<float>(i) * step, true);
+    }
     delays->setEconomy(false);
 }
 
@@ -48,9 +51,8 @@ float* const* Cluster::processInPlace(float** scratch, float** inputs, std::uint
 {
     // A line that stands as it stood last block takes its runs moved on by the block; a run at
     // the window's end, a gliding line, and every line after a hand-over find them again.
-    const bool steady = lineRuns.serves(numSamples, lineLayouts()) && lineHandOvers() == keptHandOvers;
-    if (!steady)
-        keptHandOvers = lineHandOvers(); // before the reads: a hand-over during them shows next block
+    const std::uint32_t counted = lineChanges.get();
+    const bool steady = lineRuns.serves(numSamples, counted);
     if (!findWriteRuns(numSamples, steady))
     {
         process(scratch, inputs, numSamples);
@@ -80,7 +82,7 @@ float* const* Cluster::processInPlace(float** scratch, float** inputs, std::uint
     }
     if (!steady)
     {
-        lineRuns.start(numSamples, lineLayouts());
+        lineRuns.start(numSamples, counted);
         for (std::uint32_t c = 0; c < numInputs; ++c)
             keep(c);
     }
@@ -104,22 +106,6 @@ bool Cluster::findWriteRuns(std::uint32_t n, bool steady)
             return false;
     }
     return true;
-}
-
-std::uint64_t Cluster::lineLayouts() const
-{
-    std::uint64_t sum = 0;
-    for (std::uint32_t c = 0; c < numInputs; ++c)
-        sum += delays->getChannel(c).getLine().getLayout();
-    return sum;
-}
-
-std::uint64_t Cluster::lineHandOvers() const
-{
-    std::uint64_t sum = 0;
-    for (std::uint32_t c = 0; c < numInputs; ++c)
-        sum += delays->getChannel(c).getLine().getHandOvers();
-    return sum;
 }
 
 void Cluster::setSampleRate(float rate)

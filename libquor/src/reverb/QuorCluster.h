@@ -56,9 +56,6 @@ private:
     /// Where each line takes the block in one run, into `writeRuns`; false when a line can't.
     /// With `steady`, a line whose kept runs move on takes both (`movedOn` in `runs`).
     bool findWriteRuns(std::uint32_t n, bool steady);
-    /// The lines' layouts, and their hand-overs, each all counted.
-    std::uint64_t lineLayouts() const;
-    std::uint64_t lineHandOvers() const;
 
     std::unique_ptr<ondo::MultiDelayEconomy> delays;
     Shuffle shuffle;
@@ -75,6 +72,7 @@ private:
         widened,
     };
     ondo::Vector<LineRuns> runs;
-    std::uint64_t keptHandOvers = 0;
+    /// The lines' hand-overs and changes of layout, all counted.
+    ondo::HandOverCount lineChanges;
 };
 } // namespace Quor

@@ -132,6 +132,8 @@ Reverb::Reverb(std::uint32_t numChannels)
         // be reallocated under the audio thread's feet.
         delays[i] = std::make_unique<ondo::Delay>(maximumDelayMs, ondo::Delay::linear);
         taps[i] = std::make_unique<ondo::TapOutEconomy>(delays[i].get(), ondo::Delay::linear);
+        delays[i]->reportChangesTo(&lineChanges);
+        taps[i]->reportChangesTo(&lineChanges);
     }
     setDelays(delgen.setMinSum(defaultShortestDelayMs, defaultDelaySumMs, distributionFor(numChannels)), true);
     setup(sampleRate, bufferSize, true);
@@ -211,14 +213,12 @@ void Reverb::mixSums(float* const* out, std::uint32_t n)
 void Reverb::readTaps(float** tap, std::uint32_t n)
 {
     // A tap that found its chunk in place reads whole samples and doesn't glide: until its
-    // next hand-over, and while its line keeps its layout, the run moves on by the chunk.
-    const std::uint64_t layouts = lineLayouts();
-    const bool steady = tapRuns.serves(n, layouts) && tapHandOvers() == keptHandOvers;
+    // next hand-over, and while its line keeps its layout, the run moves on by the chunk. A
+    // read that widens its line moves nothing another tap reads: the next chunk starts over.
+    const std::uint32_t counted = lineChanges.get();
+    const bool steady = tapRuns.serves(n, counted);
     if (!steady)
-    {
-        keptHandOvers = tapHandOvers(); // before the reads: a hand-over during them shows next time
-        tapRuns.start(n, layouts);
-    }
+        tapRuns.start(n, counted);
     for (std::uint32_t i = 0; i < numChannels; ++i)
     {
         if (steady && tapRuns.moveOn(i, lineReads[i]))
@@ -226,29 +226,6 @@ void Reverb::readTaps(float** tap, std::uint32_t n)
         lineReads[i] = taps[i]->processInPlace(tap[i], n);
         tapRuns.keep(i, *delays[i], lineReads[i] != tap[i] ? lineReads[i] : nullptr, taps[i]->getReadStart());
     }
-    // A read that widened its line moved nothing another tap reads, but the sum moved on.
-    if (const std::uint64_t after = lineLayouts(); after != layouts)
-    {
-        tapRuns.start(n, after);
-        for (std::uint32_t i = 0; i < numChannels; ++i)
-            tapRuns.keep(i, *delays[i], lineReads[i] != tap[i] ? lineReads[i] : nullptr, taps[i]->getReadStart());
-    }
-}
-
-std::uint64_t Reverb::tapHandOvers() const
-{
-    std::uint64_t sum = 0;
-    for (const auto& tap : taps)
-        sum += tap->getHandOvers();
-    return sum;
-}
-
-std::uint64_t Reverb::lineLayouts() const
-{
-    std::uint64_t sum = 0;
-    for (const auto& line : delays)
-        sum += line->getLayout();
-    return sum;
 }
 
 void Reverb::runChunk(std::uint32_t n)

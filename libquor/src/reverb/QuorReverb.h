@@ -119,9 +119,6 @@ public:
 private:
     /// Every line's chunk from its tap, into `lineReads`: in place, or in `tap`.
     void readTaps(float** tap, std::uint32_t n);
-    /// The taps' hand-overs, and the lines' layouts, each all counted.
-    std::uint64_t tapHandOvers() const;
-    std::uint64_t lineLayouts() const;
     void runChunk(std::uint32_t n);
     /// The mix of `processWithSums` over the chunk's lines, after the network ran into `out`.
     void mixSums(float* const* out, std::uint32_t n);
@@ -151,7 +148,8 @@ private:
     ondo::Vector<float*> lineWrites;
     /// The reads found in place, moved on while their taps and lines stand as they were.
     ondo::SteadyRuns tapRuns;
-    std::uint64_t keptHandOvers = 0;
+    /// The taps' hand-overs and the lines' changes of layout, all counted.
+    ondo::HandOverCount lineChanges;
     /// Whether the block asks for sums, where the chunk's go, and their factors.
     bool summing = false;
     ondo::AudioBufferReference<float> sumsReference;

@@ -268,6 +268,7 @@ void Delay::resetWindow()
     windowReach = reachOfWindow(windowSize);
     longestHeld = 0.0f;
     ++layout;
+    handOvers.count();
 }
 
 void Delay::widenWindow(float delay, std::uint32_t n)
@@ -307,6 +308,7 @@ void Delay::widenWindow(float delay, std::uint32_t n)
     windowMask = size - 1;
     windowReach = reachOfWindow(size);
     ++layout;
+    handOvers.count();
 }
 
 float Delay::headroom() const

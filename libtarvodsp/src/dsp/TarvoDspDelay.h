@@ -149,11 +149,11 @@ public:
         return (windowSize - index) / n - 1;
     }
     const Ramp& getDelayRamp() const { return delayRamp; }
-    /// Counts the hand-overs that may change where the line's own read lies (delay,
-    /// interpolator, rate). A run it found in place lies, until the next one, a block further
-    /// on in each later block of the same size: its owner may then move the run on instead.
-    /// Audio thread.
-    std::uint32_t getHandOvers() const { return handOvers.get(); }
+    /// Has the hand-overs that may change where the line's own read lies (delay, interpolator,
+    /// rate), and the changes of its layout, counted in `owner` too. A run found in place lies,
+    /// until the next one, a block further on in each later block of the same size: the owner
+    /// may then move the run on instead. Control thread, before the audio thread runs.
+    void reportChangesTo(HandOverCount* owner) { handOvers.alsoCountIn(owner); }
     /// Where the line's own fixed reads start. Audio thread.
     const RoundedStart& getOwnStart() const { return ownStart; }
 

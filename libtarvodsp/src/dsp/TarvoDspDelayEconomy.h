@@ -31,9 +31,11 @@ public:
         return delay.processWrittenInPlace(scratch, numSamples);
     }
     /// The rest of `processWrittenInPlace` for a block whose runs its owner moved on from the
-    /// last block's (`SteadyRuns`), which no hand-over (`Delay::getHandOvers`) came between:
-    /// the line moves on. Audio thread; real-time safe.
+    /// last block's (`SteadyRuns`), which no change (`reportChangesTo`) came between: the line
+    /// moves on. Audio thread; real-time safe.
     void moveOn(std::uint32_t n) { delay.advance(n); }
+    /// `Delay::reportChangesTo`. Control thread, before the audio thread runs.
+    void reportChangesTo(HandOverCount* owner) { delay.reportChangesTo(owner); }
     /// Control thread, between blocks; allocates.
     void setSampleRate(float rate) override { delay.changeSampleRate(rate); }
     void setBufferSize(std::uint32_t size) override { delay.changeBufferSize(size); }

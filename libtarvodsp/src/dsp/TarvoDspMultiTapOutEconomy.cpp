@@ -9,6 +9,7 @@ namespace ondo
 MultiTapOutEconomy::MultiTapOutEconomy(std::uint32_t numTaps, float maximumDelayMs, Delay::InterpolationMode mode)
     : AudioProcessorWithOscInAudioInterrupt(1, 0), delay(maximumDelayMs, mode)
 {
+    delay.reportChangesTo(&changes);
     setNumTaps(numTaps);
     setup(sampleRate, bufferSize, true);
 }
@@ -71,14 +72,14 @@ void MultiTapOutEconomy::readTaps(float** scratch, std::uint32_t n)
 {
     // Taps that read steadily find their runs where they found them last block, moved on;
     // a run that reaches the window's end, and a tap that glides, are read again.
-    const bool steady = steadyRuns.serves(n, delay.getLayout()) && tapsAsKept();
-    if (!steady)
-        keptHandOvers = handOvers(); // before the reads: a hand-over during them shows next block
+    const std::uint32_t counted = changes.get();
+    const bool steady = steadyRuns.serves(n, counted) && outletsConnected();
     std::uint64_t layout = delay.getLayout();
     bool widened = false;
     for (std::uint32_t t = 0; t < taps.size(); ++t)
     {
-        if (steady && steadyRuns.moveOn(t, reads[t]))
+        // After a widening, the runs kept lie where the samples no longer are.
+        if (steady && !widened && steadyRuns.moveOn(t, reads[t]))
             continue;
         reads[t] = isOutletConnected(t) ? const_cast<float*>(taps[t]->processInPlace(scratch[t], n)) : scratch[t];
         steadyRuns.keep(t, delay, reads[t] != scratch[t] ? reads[t] : nullptr, taps[t]->getReadStart());
@@ -95,26 +96,17 @@ void MultiTapOutEconomy::readTaps(float** scratch, std::uint32_t n)
     }
     if (steady && !widened)
         return;
-    steadyRuns.start(n, layout);
+    steadyRuns.start(n, counted);
     for (std::uint32_t t = 0; t < taps.size(); ++t)
         steadyRuns.keep(t, delay, reads[t] != scratch[t] ? reads[t] : nullptr, taps[t]->getReadStart());
 }
 
-std::uint64_t MultiTapOutEconomy::handOvers() const
+bool MultiTapOutEconomy::outletsConnected() const
 {
-    std::uint64_t sum = 0;
-    for (const TapOutEconomy* tap : taps)
-        sum += tap->getHandOvers();
-    return sum;
-}
-
-bool MultiTapOutEconomy::tapsAsKept() const
-{
-    // The counts only grow, so any hand-over moves the sum.
     bool connected = true;
     for (std::uint32_t t = 0; t < taps.size(); ++t)
         connected &= isOutletConnected(t);
-    return connected && handOvers() == keptHandOvers;
+    return connected;
 }
 
 void MultiTapOutEconomy::setNumTaps(std::uint32_t n)
@@ -131,6 +123,7 @@ void MultiTapOutEconomy::setNumTaps(std::uint32_t n)
     for (std::uint32_t t = old; t < n; ++t)
     {
         auto* tap = new TapOutEconomy(&delay, mode);
+        tap->reportChangesTo(&changes);
         tap->interpolationTime = glideMs;
         tap->sampleRate = sampleRate;
         tap->ramp.setSampleRate(sampleRate);

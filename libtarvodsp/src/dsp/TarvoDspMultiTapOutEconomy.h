@@ -63,15 +63,14 @@ public:
 private:
     /// Every tap's block, in place or in `scratch`.
     void readTaps(float** scratch, std::uint32_t n);
-    /// The taps' hand-overs, all counted.
-    std::uint64_t handOvers() const;
-    /// Whether every tap reads as it did when its run was kept.
-    bool tapsAsKept() const;
+    /// Whether every tap's outlet is connected: a tap not read keeps no run.
+    bool outletsConnected() const;
 
     Delay delay;
     Vector<TapOutEconomy*> taps;
     Vector<float*> reads;
-    std::uint64_t keptHandOvers = 0;
+    /// The taps' hand-overs and the line's changes of layout, all counted.
+    HandOverCount changes;
     SteadyRuns steadyRuns;
 };
 } // namespace ondo

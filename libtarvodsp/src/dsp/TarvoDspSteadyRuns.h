@@ -9,10 +9,10 @@ namespace ondo
 {
 /// Lets the owner of delay lines take a steady block without asking every line where its
 /// runs lie. A run a line handed out in place lies, in each later block of the same size,
-/// the block's size further on: until it would reach the window's end, or the line's layout
-/// changes. The owner keeps the runs and checks what else places them (each reader's delay
-/// and interpolator); this counts, run by run, the blocks they may still move on, and keeps
-/// the block's size and the lines' layouts. Audio thread, sized on the control thread.
+/// the block's size further on: until it would reach the window's end, or a change moves it
+/// (a hand-over to its reader, a change of its line's layout: `HandOverCount`). This counts,
+/// run by run, the blocks they may still move on, and keeps the block's size and the owner's
+/// count of changes. Audio thread, sized on the control thread.
 class SteadyRuns
 {
 public:
@@ -22,20 +22,20 @@ public:
         blocksLeft.resize(count);
         start(0, 0);
     }
-    /// Forgets every run; those kept from now on are of blocks of `n` samples, over lines
-    /// whose layouts (`Delay::getLayout`) add up to `layouts`: the layouts only grow, so any
-    /// change moves the sum.
-    void start(std::uint32_t n, std::uint64_t layouts)
+    /// Forgets every run; those kept from now on are of blocks of `n` samples, read after the
+    /// owner had counted `changes`: taken before the block's reads, so that a change during
+    /// them shows at the next block.
+    void start(std::uint32_t n, std::uint32_t changes)
     {
         size = n;
-        kept = layouts;
+        kept = changes;
         for (std::uint64_t& left : blocksLeft)
             left = 0;
     }
     /// The lines moved on without the owner's runs: none serve until the next `start`.
     void forget() { size = 0; }
-    /// Whether the runs kept serve a block of `n` samples over lines of `layouts`.
-    bool serves(std::uint32_t n, std::uint64_t layouts) const { return n == size && layouts == kept; }
+    /// Whether the runs kept serve a block of `n` samples after `changes`.
+    bool serves(std::uint32_t n, std::uint32_t changes) const { return n == size && changes == kept; }
     /// Run `i`, found in place in `line` at `at` in this block (null where it wasn't), read
     /// from `start`. Only a start kept in whole steps moves on by the block: the rounding of a
     /// position worked out in floats may change with the write position.
@@ -58,7 +58,7 @@ public:
 
 private:
     std::uint32_t size = 0;
-    std::uint64_t kept = 0;
+    std::uint32_t kept = 0;
     Vector<std::uint64_t> blocksLeft;
 };
 } // namespace ondo

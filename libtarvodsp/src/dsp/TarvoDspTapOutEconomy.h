@@ -38,10 +38,11 @@ public:
         return economiseThenRead(scratch, n);
     }
 
-    /// Counts the hand-overs that may change where the tap reads (delay, interpolator,
-    /// economy, rate). A tap that found its run in place reads the same way until the next
-    /// one: its owner may then move the run on instead. Audio thread.
-    std::uint32_t getHandOvers() const { return handOvers.get(); }
+    /// Has the hand-overs that may change where the tap reads (delay, interpolator, economy,
+    /// rate) counted in `owner` too. A tap that found its run in place reads the same way until
+    /// the next one: the owner may then move the run on instead. Control thread, before the
+    /// audio thread runs.
+    void reportChangesTo(HandOverCount* owner) { handOvers.alsoCountIn(owner); }
 
     /// Glides to `ms` over the interpolation time, or jumps with `immediate`, and puts the
     /// requested interpolator back into use. Negative values count as 0. A delay beyond the

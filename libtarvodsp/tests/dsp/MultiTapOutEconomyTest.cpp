@@ -191,7 +191,7 @@ TEST(MultiTapOutEconomy, HandOversBetweenSteadyBlocksTakeEffectAtOnce)
         forBoth(t, [&](auto& tap) { tap.setDelayInSamples(samples, immediate); },
                 [&](auto& line) { line.setDelayInSamples(samples, immediate); });
     };
-    const std::vector<float> initial{100.0f, 3000.0f, 7000.5f};
+    const std::vector<float> initial{3000.0f, 100.0f, 1000.5f};
     for (std::uint32_t t = 0; t < numTaps; ++t)
         setDelay(t, initial[t], true);
     struct HandOver
@@ -201,7 +201,7 @@ TEST(MultiTapOutEconomy, HandOversBetweenSteadyBlocksTakeEffectAtOnce)
     };
     const std::vector<HandOver> handOvers{
         {200, [&] { setDelay(1, 2500.0f, true); }},
-        {260, [&] { setDelay(2, 6000.25f, false); }},
+        {260, [&] { setDelay(2, 5000.25f, false); }},
         {330, [&] { setDelay(0, 100.0f, true); }},
         {400, [&] {
              forBoth(0, [](auto& tap) { tap.setInterpolationMode(ondo::Delay::hermite3); },
@@ -215,6 +215,10 @@ TEST(MultiTapOutEconomy, HandOversBetweenSteadyBlocksTakeEffectAtOnce)
              forBoth(1, [](auto& tap) { tap.setEconomy(true); }, [](auto& line) { line.setEconomy(true); });
          }},
         {700, [&] { setDelay(2, 11.0f, true); }},
+        // Tap 0 glides past what the window holds: it widens the line in a block where the
+        // taps after it are steady. Its own line, which once held 3000 samples as the shared
+        // one held 4000, has the same window and widens in the same block.
+        {750, [&] { setDelay(0, 9000.0f, false); }},
     };
     // Blocks of an odd size: at a delay of a whole sample and a half, the rounded start of a
     // fresh read follows the parity of the write position, which such blocks change.
