@@ -14,7 +14,7 @@ constexpr float delaySpanMs = 60.0f;
 Cluster::Cluster(std::uint32_t numChannels)
     : AudioProcessorWithOscInAudioInterrupt(numChannels, numChannels),
       delays(std::make_unique<ondo::MultiDelayEconomy>(numChannels, maximumDelayMs)), shuffle(numChannels),
-      buffer(numChannels, defaultBufferSize), writeRuns(numChannels), readRuns(numChannels), runs(numChannels)
+      buffer(numChannels, defaultBufferSize), writeRuns(numChannels), readRuns(numChannels), movedOn(numChannels)
 {
     lineRuns.resize(numChannels);
     setup(sampleRate, bufferSize, true);
@@ -50,7 +50,9 @@ void Cluster::process(float** outputs, float** inputs, std::uint32_t numSamples)
 float* const* Cluster::processInPlace(float** scratch, float** inputs, std::uint32_t numSamples)
 {
     // A line that stands as it stood last block takes its runs moved on by the block; a run at
-    // the window's end, a gliding line, and every line after a hand-over find them again.
+    // the window's end, a gliding line, and every line after a change find them again. A read
+    // that widens its window moves the block just written: counted, so the next block starts
+    // over.
     const std::uint32_t counted = lineChanges.get();
     const bool steady = lineRuns.serves(numSamples, counted);
     if (!findWriteRuns(numSamples, steady))
@@ -58,33 +60,21 @@ float* const* Cluster::processInPlace(float** scratch, float** inputs, std::uint
         process(scratch, inputs, numSamples);
         return scratch;
     }
+    if (!steady)
+        lineRuns.start(numSamples, counted);
     shuffle.process(writeRuns.data(), inputs, numSamples);
-    const auto keep = [&](std::uint32_t c) {
-        const ondo::Delay& line = delays->getChannel(c).getLine();
-        const bool inPlace = readRuns[c] != scratch[c] && runs[c] != widened;
-        lineRuns.keep(c, line, inPlace ? std::max<const float*>(writeRuns[c], readRuns[c]) : nullptr,
-                      line.getOwnStart());
-    };
     for (std::uint32_t c = 0; c < numInputs; ++c)
     {
         ondo::DelayEconomy& line = delays->getChannel(c);
-        if (runs[c] == movedOn)
+        if (movedOn[c] != 0)
         {
             line.moveOn(numSamples);
             continue;
         }
-        const std::uint64_t layout = line.getLine().getLayout();
         readRuns[c] = line.processWrittenInPlace(scratch[c], numSamples);
-        // A read that widened the window moved the block just written away from its write run.
-        if (line.getLine().getLayout() != layout)
-            runs[c] = widened;
-        keep(c);
-    }
-    if (!steady)
-    {
-        lineRuns.start(numSamples, counted);
-        for (std::uint32_t c = 0; c < numInputs; ++c)
-            keep(c);
+        const bool inPlace = readRuns[c] != scratch[c];
+        lineRuns.keep(c, line.getLine(), inPlace ? std::max<const float*>(writeRuns[c], readRuns[c]) : nullptr,
+                      line.getLine().getOwnStart());
     }
     return readRuns.data();
 }
@@ -98,8 +88,8 @@ bool Cluster::findWriteRuns(std::uint32_t n, bool steady)
         // A line its processor would mute is left to that processor.
         if (!delays->isInletActive(c) || !delays->isOutletConnected(c))
             return false;
-        runs[c] = steady && lineRuns.moveOn(c, writeRuns[c], readRuns[c]) ? movedOn : foundAgain;
-        if (runs[c] == movedOn)
+        movedOn[c] = steady && lineRuns.moveOn(c, writeRuns[c], readRuns[c]) ? 1 : 0;
+        if (movedOn[c] != 0)
             continue;
         writeRuns[c] = delays->getChannel(c).findWriteRun(n);
         if (writeRuns[c] == nullptr)

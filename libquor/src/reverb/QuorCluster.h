@@ -54,7 +54,7 @@ public:
 
 private:
     /// Where each line takes the block in one run, into `writeRuns`; false when a line can't.
-    /// With `steady`, a line whose kept runs move on takes both (`movedOn` in `runs`).
+    /// With `steady`, a line whose kept runs move on takes both, and is marked in `movedOn`.
     bool findWriteRuns(std::uint32_t n, bool steady);
 
     std::unique_ptr<ondo::MultiDelayEconomy> delays;
@@ -64,15 +64,8 @@ private:
     ondo::Vector<float*> readRuns;
     /// Each line's write and read runs found in place, moved on while the lines stand.
     ondo::SteadyRuns lineRuns;
-    enum LineRuns : std::uint8_t
-    {
-        foundAgain,
-        movedOn,
-        /// Found again, then moved by the window's widening: not to be kept.
-        widened,
-    };
-    ondo::Vector<LineRuns> runs;
-    /// The lines' hand-overs and changes of layout, all counted.
+    ondo::Vector<std::uint8_t> movedOn;
+    /// The lines' hand-overs, widenings and emptyings, all counted.
     ondo::HandOverCount lineChanges;
 };
 } // namespace Quor

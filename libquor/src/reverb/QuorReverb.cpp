@@ -213,7 +213,7 @@ void Reverb::mixSums(float* const* out, std::uint32_t n)
 void Reverb::readTaps(float** tap, std::uint32_t n)
 {
     // A tap that found its chunk in place reads whole samples and doesn't glide: until its
-    // next hand-over, and while its line keeps its layout, the run moves on by the chunk. A
+    // next hand-over, and while its line keeps its window, the run moves on by the chunk. A
     // read that widens its line moves nothing another tap reads: the next chunk starts over.
     const std::uint32_t counted = lineChanges.get();
     const bool steady = tapRuns.serves(n, counted);

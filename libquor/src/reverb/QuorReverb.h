@@ -148,7 +148,7 @@ private:
     ondo::Vector<float*> lineWrites;
     /// The reads found in place, moved on while their taps and lines stand as they were.
     ondo::SteadyRuns tapRuns;
-    /// The taps' hand-overs and the lines' changes of layout, all counted.
+    /// The taps' hand-overs and the lines' widenings and emptyings, all counted.
     ondo::HandOverCount lineChanges;
     /// Whether the block asks for sums, where the chunk's go, and their factors.
     bool summing = false;

@@ -267,7 +267,6 @@ void Delay::resetWindow()
     windowMask = windowSize - 1;
     windowReach = reachOfWindow(windowSize);
     longestHeld = 0.0f;
-    ++layout;
     handOvers.count();
 }
 
@@ -307,7 +306,6 @@ void Delay::widenWindow(float delay, std::uint32_t n)
     windowSize = size;
     windowMask = size - 1;
     windowReach = reachOfWindow(size);
-    ++layout;
     handOvers.count();
 }
 

@@ -138,9 +138,6 @@ public:
     std::uint64_t getWindowSize() const { return windowSize; }
     std::uint64_t getAllocatedSize() const { return allocatedSize; }
     std::uint64_t getWriteIndex() const { return writeIndex; }
-    /// Changes whenever runs found in the line may no longer hold their samples: the window
-    /// moved them, or the line was emptied or resized. Audio thread, or between blocks.
-    std::uint64_t getLayout() const { return layout; }
     /// How many more blocks of `n` a run of this block's, found in the line at `run`, can move
     /// on by `n` each and still lie whole before the window's end. Audio thread.
     std::uint64_t blocksInPlace(const float* run, std::uint32_t n) const
@@ -150,7 +147,7 @@ public:
     }
     const Ramp& getDelayRamp() const { return delayRamp; }
     /// Has the hand-overs that may change where the line's own read lies (delay, interpolator,
-    /// rate), and the changes of its layout, counted in `owner` too. A run found in place lies,
+    /// rate), and every widening and emptying of its window, counted in `owner` too. A run found in place lies,
     /// until the next one, a block further on in each later block of the same size: the owner
     /// may then move the run on instead. Control thread, before the audio thread runs.
     void reportChangesTo(HandOverCount* owner) { handOvers.alsoCountIn(owner); }
@@ -280,7 +277,6 @@ private:
     std::uint32_t written = 0;
     /// The longest delay read since the line was emptied, in samples.
     float longestHeld = 0.0f;
-    std::uint64_t layout = 0;
     float maximumDelay = 0.0f;
     std::uint64_t writeIndex = 0;
     float allpassState = 0.0f;

@@ -74,7 +74,9 @@ void MultiTapOutEconomy::readTaps(float** scratch, std::uint32_t n)
     // a run that reaches the window's end, and a tap that glides, are read again.
     const std::uint32_t counted = changes.get();
     const bool steady = steadyRuns.serves(n, counted) && outletsConnected();
-    std::uint64_t layout = delay.getLayout();
+    if (!steady)
+        steadyRuns.start(n, counted);
+    std::uint64_t window = delay.getWindowSize();
     bool widened = false;
     for (std::uint32_t t = 0; t < taps.size(); ++t)
     {
@@ -83,22 +85,18 @@ void MultiTapOutEconomy::readTaps(float** scratch, std::uint32_t n)
             continue;
         reads[t] = isOutletConnected(t) ? const_cast<float*>(taps[t]->processInPlace(scratch[t], n)) : scratch[t];
         steadyRuns.keep(t, delay, reads[t] != scratch[t] ? reads[t] : nullptr, taps[t]->getReadStart());
-        if (delay.getLayout() == layout)
+        if (delay.getWindowSize() == window)
             continue;
         // This tap widened the line's window, which moved the samples that the taps before it
         // found in place. Those are steady taps reading whole samples, whose reads change
-        // nothing: they find their runs again.
-        layout = delay.getLayout();
+        // nothing: they find their runs again. The widening is counted, so the next block
+        // starts over.
+        window = delay.getWindowSize();
         widened = true;
         for (std::uint32_t before = 0; before < t; ++before)
             if (reads[before] != scratch[before])
                 reads[before] = const_cast<float*>(taps[before]->processInPlace(scratch[before], n));
     }
-    if (steady && !widened)
-        return;
-    steadyRuns.start(n, counted);
-    for (std::uint32_t t = 0; t < taps.size(); ++t)
-        steadyRuns.keep(t, delay, reads[t] != scratch[t] ? reads[t] : nullptr, taps[t]->getReadStart());
 }
 
 bool MultiTapOutEconomy::outletsConnected() const

@@ -69,7 +69,7 @@ private:
     Delay delay;
     Vector<TapOutEconomy*> taps;
     Vector<float*> reads;
-    /// The taps' hand-overs and the line's changes of layout, all counted.
+    /// The taps' hand-overs and the line's widenings and emptyings, all counted.
     HandOverCount changes;
     SteadyRuns steadyRuns;
 };

@@ -10,7 +10,7 @@ namespace ondo
 /// Lets the owner of delay lines take a steady block without asking every line where its
 /// runs lie. A run a line handed out in place lies, in each later block of the same size,
 /// the block's size further on: until it would reach the window's end, or a change moves it
-/// (a hand-over to its reader, a change of its line's layout: `HandOverCount`). This counts,
+/// (a hand-over to its reader, a widening or emptying of its line: `HandOverCount`). This counts,
 /// run by run, the blocks they may still move on, and keeps the block's size and the owner's
 /// count of changes. Audio thread, sized on the control thread.
 class SteadyRuns
