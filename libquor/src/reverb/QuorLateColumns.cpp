@@ -88,79 +88,112 @@ struct Pass
             }
     }
 
-    /// One group's rows of `m` samples from `start` (all with `whole`), its lines from
-    /// `first`: read, filtered, the output taken, the sum made and the input added.
+    /// One line's filtered row of `m` samples from `start` (all with `whole`): the output
+    /// taken, the sum made and the input added. The output is written before the input is
+    /// read, as separate passes over the lines would do where the two share samples.
     template <bool whole>
-    ONDO_KERNEL_INLINE void lineSteps(const LateColumns& chunk, const Factors<V>& factor, V (&x)[width], int group,
-                                      int start, int m)
+    ONDO_KERNEL_INLINE void lineStep(const LateColumns& chunk, const Factors<V>& factor, V& x, int line, int start,
+                                     int m)
     {
-        const int first = width * group;
-#pragma GCC unroll 8
-        for (int l = 0; l < width; ++l)
-            loadRow<whole>(x[l], chunk.reads[first + l] + start, m);
-        filterRows<V, numStages, whole>(stages[group], x, z0[group], z1[group], m);
-#pragma GCC unroll 8
-        for (int l = 0; l < width; ++l)
+        const V t = x;
+        const V output = t * factor.output;
+        if constexpr (outputsWritten)
+            storeRow<whole>(chunk.outputs[line] + start, output, m);
+        V in;
+        loadRow<whole>(in, chunk.inputs[line] + start, m);
+        if constexpr (summed)
         {
-            // Line by line, the output written before the input is read, as separate
-            // passes over the lines would do where the two share samples.
-            const int line = first + l;
-            const V t = x[l];
-            const V output = t * factor.output;
-            if constexpr (outputsWritten)
-                storeRow<whole>(chunk.outputs[line] + start, output, m);
-            V in;
-            loadRow<whole>(in, chunk.inputs[line] + start, m);
-            if constexpr (summed)
-            {
-                V sum{};
-                sum += in * factor.dry;
-                sum += output * factor.wet;
-                storeRow<whole>(chunk.sums[line] + start, sum, m);
-            }
-            x[l] = t + in * factor.input;
+            V sum{};
+            sum += in * factor.dry;
+            sum += output * factor.wet;
+            storeRow<whole>(chunk.sums[line] + start, sum, m);
         }
+        x = t + in * factor.input;
     }
 
-    /// The network's remaining stages on one group's rows, the gain, and out to the targets.
+    /// One group's rows of `m` samples from `start` (all with `whole`): read and turned into a
+    /// row per sample.
     template <bool whole>
-    ONDO_KERNEL_INLINE void mixOut(const LateColumns& chunk, const Factors<V>& factor, V (&x)[width], int group,
+    ONDO_KERNEL_INLINE void readColumn(const LateColumns& chunk, V (&x)[width], int group, int start, int m)
+    {
+#pragma GCC unroll 8
+        for (int l = 0; l < width; ++l)
+            loadRow<whole>(x[l], chunk.reads[width * group + l] + start, m);
+        transpose(x);
+    }
+
+    /// One sample of every line of a group through every stage.
+    ONDO_KERNEL_INLINE void filterSample(V& sample, int group)
+    {
+        for (int s = 0; s < numStages; ++s)
+            stages[group][s].next(sample, z0[group][s], z1[group][s]);
+    }
+
+    /// The network on a column's rows, the first stage across the groups and the rest
+    /// within each, the gain, and out to the targets.
+    template <bool whole>
+    ONDO_KERNEL_INLINE void mixOut(const LateColumns& chunk, const Factors<V>& factor, V (&x)[numGroups][width],
                                    int start, int m)
     {
-        ondo::hadamardColumn<width>(x);
-#pragma GCC unroll 8
-        for (int l = 0; l < width; ++l)
-            storeRow<whole>(chunk.mixed[width * group + l] + start, x[l] * factor.mix, m);
-    }
-
-    /// `m` samples from `start`, a whole column when `whole`.
-    template <bool whole>
-    ONDO_KERNEL_INLINE void column(const LateColumns& chunk, const Factors<V>& factor, int start, int m)
-    {
-        V x[width];
-        if constexpr (numGroups == 1)
+        if constexpr (numGroups == 2)
         {
-            lineSteps<whole>(chunk, factor, x, 0, start, m);
-            mixOut<whole>(chunk, factor, x, 0, start, m);
-        }
-        else
-        {
-            // Two groups: the network's first stage joins each line of the first with the
-            // same line of the second; the rest runs within each group. So only one group's
-            // rows need the registers at a time.
-            V firstGroup[width];
-            lineSteps<whole>(chunk, factor, firstGroup, 0, start, m);
-            lineSteps<whole>(chunk, factor, x, 1, start, m);
 #pragma GCC unroll 8
             for (int l = 0; l < width; ++l)
             {
-                const V a = firstGroup[l];
-                const V b = x[l];
-                firstGroup[l] = a + b;
-                x[l] = a - b;
+                const V a = x[0][l];
+                const V b = x[1][l];
+                x[0][l] = a + b;
+                x[1][l] = a - b;
             }
-            mixOut<whole>(chunk, factor, x, 1, start, m);
-            mixOut<whole>(chunk, factor, firstGroup, 0, start, m);
+        }
+        for (int g = numGroups - 1; g >= 0; --g)
+        {
+            ondo::hadamardColumn<width>(x[g]);
+#pragma GCC unroll 8
+            for (int l = 0; l < width; ++l)
+                storeRow<whole>(chunk.mixed[width * g + l] + start, x[g][l] * factor.mix, m);
+        }
+    }
+
+    /// A last column of fewer than `width` samples, `m`, from `start`: every step in turn.
+    ONDO_KERNEL_INLINE void partColumn(const LateColumns& chunk, const Factors<V>& factor, int start, int m)
+    {
+        V x[numGroups][width];
+        for (int g = 0; g < numGroups; ++g)
+        {
+            readColumn<false>(chunk, x[g], g, start, m);
+            for (int k = 0; k < m; ++k)
+                filterSample(x[g][k], g);
+            transpose(x[g]);
+#pragma GCC unroll 8
+            for (int l = 0; l < width; ++l)
+                lineStep<false>(chunk, factor, x[g][l], width * g + l, start, m);
+        }
+        mixOut<false>(chunk, factor, x, start, m);
+    }
+
+    /// With `ahead`, the shelves of the whole column from `nextStart`, into `next`, sample by
+    /// sample; between the samples, with `behind`, the lines' steps of the column from
+    /// `start`, in place in `filtered`. The shelves' recursion is the one chain from column
+    /// to column; the steps, which nothing waits on, fill the units while it runs.
+    template <bool ahead, bool behind>
+    ONDO_KERNEL_INLINE void overlap(const LateColumns& chunk, const Factors<V>& factor, V (&filtered)[numGroups][width],
+                                    V (&next)[numGroups][width], int start, int nextStart)
+    {
+        for (int g = 0; g < numGroups; ++g)
+        {
+            if constexpr (ahead)
+                readColumn<true>(chunk, next[g], g, nextStart, width);
+#pragma GCC unroll 8
+            for (int k = 0; k < width; ++k)
+            {
+                if constexpr (ahead)
+                    filterSample(next[g][k], g);
+                if constexpr (behind)
+                    lineStep<true>(chunk, factor, filtered[g][k], width * g + k, start, width);
+            }
+            if constexpr (ahead)
+                transpose(next[g]);
         }
     }
 
@@ -168,11 +201,28 @@ struct Pass
     {
         begin(chunk);
         const Factors<V> factors(chunk);
-        int start = 0;
-        for (; start + width <= numSamples; start += width)
-            column<true>(chunk, factors, start, width);
-        if (start < numSamples)
-            column<false>(chunk, factors, start, numSamples - start);
+        const int wholeEnd = numSamples - numSamples % width;
+        if (wholeEnd > 0)
+        {
+            // A column's shelves run while the column before it takes its steps. The shelves
+            // read only the lines' past, which no step of the chunk writes.
+            V filtered[numGroups][width];
+            overlap<true, false>(chunk, factors, filtered, filtered, 0, 0);
+            int start = 0;
+            for (; start + width < wholeEnd; start += width)
+            {
+                V next[numGroups][width];
+                overlap<true, true>(chunk, factors, filtered, next, start, start + width);
+                mixOut<true>(chunk, factors, filtered, start, width);
+                for (int g = 0; g < numGroups; ++g)
+                    for (int l = 0; l < width; ++l)
+                        filtered[g][l] = next[g][l];
+            }
+            overlap<false, true>(chunk, factors, filtered, filtered, start, start);
+            mixOut<true>(chunk, factors, filtered, start, width);
+        }
+        if (wholeEnd < numSamples)
+            partColumn(chunk, factors, wholeEnd, numSamples - wholeEnd);
         end();
     }
 };
