@@ -174,29 +174,36 @@ ONDO_KERNEL_INLINE void addProductsRun(const float* const* srcs, const float* va
         simd::store(dst + i + v * width, sums[v]);
 }
 
-/// Runs of eight vectors, enough independent sums to hide the latency of the additions,
-/// then single vectors; returns where the vectors end. Each sample's sum is the same
-/// whichever run it falls in.
-template <typename V, bool fromZero = false>
+/// Vectors in a long run: enough independent sums to hide the latency of the additions.
+constexpr int longRun = 8;
+
+/// Long runs, then single vectors; returns where the vectors end. Each sample's sum is the
+/// same whichever run it falls in.
+template <typename V>
 ONDO_KERNEL_INLINE int addProductsInRuns(const float* const* srcs, const float* values, int count, float* dst, int n)
 {
     constexpr int width = static_cast<int>(sizeof(V) / sizeof(float));
-    constexpr int longRun = 8;
     int i = 0;
     for (; i + longRun * width <= n; i += longRun * width)
-        addProductsRun<V, longRun, fromZero>(srcs, values, count, dst, i);
+        addProductsRun<V, longRun, false>(srcs, values, count, dst, i);
     for (; i + width <= n; i += width)
-        addProductsRun<V, 1, fromZero>(srcs, values, count, dst, i);
+        addProductsRun<V, 1, false>(srcs, values, count, dst, i);
     return i;
 }
 
-/// `addProductsInRuns` from 0 for every set; all end their vectors at the same place.
+/// The sums of `addProductsInRuns` from 0 for every set, run by run: each set's pass over a
+/// run is short, so its setup is kept to the fields it reads. Returns where the vectors end.
 template <typename V>
 ONDO_KERNEL_INLINE int productsInRuns(const Products* sets, int numSets, int n)
 {
+    constexpr int width = static_cast<int>(sizeof(V) / sizeof(float));
     int i = 0;
-    for (int s = 0; s < numSets; ++s)
-        i = addProductsInRuns<V, true>(sets[s].srcs, sets[s].values, sets[s].count, sets[s].dst, n);
+    for (; i + longRun * width <= n; i += longRun * width)
+        for (int s = 0; s < numSets; ++s)
+            addProductsRun<V, longRun, true>(sets[s].srcs, sets[s].values, sets[s].count, sets[s].dst, i);
+    for (; i + width <= n; i += width)
+        for (int s = 0; s < numSets; ++s)
+            addProductsRun<V, 1, true>(sets[s].srcs, sets[s].values, sets[s].count, sets[s].dst, i);
     return i;
 }
 
