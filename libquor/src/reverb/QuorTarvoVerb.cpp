@@ -86,7 +86,8 @@ TarvoVerb::TarvoVerb(std::uint32_t numInternals)
     early.setDelays(ondo::Vector<float>(numInternals, earlyHighest), true);
     early.setDelays(initialDelays, true);
     reverb.setAirEnabled(true);
-    earlyFoldTerms.reserve((numInternals + 1) / 2);
+    for (ondo::MixTerms& side : earlyFoldTerms)
+        side.reserve((numInternals + 1) / 2);
 }
 
 Pan::Type TarvoVerb::panningTypeFor(std::uint32_t numSpeakers)
@@ -324,12 +325,9 @@ void TarvoVerb::renderBlock(std::uint32_t n)
     // Early reflections: gained after the chain has taken them, folded to a pair. Each
     // line's gain and the fold's factor make one product, so the pair is built in one pass.
     const float earlyFold = gE * s;
-    for (std::uint32_t side = 0; side < 2; ++side)
-    {
-        for (std::uint32_t i = side; i < N; i += 2)
-            earlyFoldTerms.add(earlyChannels[i], earlyGains[i] * earlyFold);
-        earlyFoldTerms.writeInto(pair[side], n);
-    }
+    for (std::uint32_t i = 0; i < N; ++i)
+        earlyFoldTerms[i % 2].add(earlyChannels[i], earlyGains[i] * earlyFold);
+    ondo::MixTerms::writeEach(earlyFoldTerms.data(), pair, 2, n, false);
     filterInPlace(earlyFilter, pair, n);
     if (repeat)
         panEarly->repeatTerms(n);

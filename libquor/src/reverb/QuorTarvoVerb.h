@@ -16,6 +16,7 @@
 #include "reverb/QuorEarly.h"
 #include "reverb/QuorReverb.h"
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -212,8 +213,8 @@ private:
     ondo::Vector<float> roomSendGains;
     /// Each source's direct gain for the block, every factor of the direct path in one.
     ondo::Vector<float> directGains;
-    /// The early channels that fold onto one side of the pair.
-    ondo::MixTerms earlyFoldTerms;
+    /// The early channels that fold onto each side of the pair.
+    std::array<ondo::MixTerms, 2> earlyFoldTerms;
     /// One list a speaker: what the three panners add there in a block.
     std::vector<ondo::MixTerms> outputTerms;
     bool outputsWritten = false;

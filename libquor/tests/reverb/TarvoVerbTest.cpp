@@ -199,6 +199,55 @@ TEST(TarvoVerb, SectionGainsGlideOverOneHundredMilliseconds)
 
 // A source straight ahead of a speaker, impulse in: with the late sections off, the direct
 // sound reaches that speaker first, at time 0, with the gain of its distance.
+// With the pair's two virtual sources on the two speakers, each early line's reflection
+// reaches one speaker only: the even lines that of the first, the odd lines the other.
+TEST(TarvoVerb, EvenEarlyLinesFoldToTheFirstOfThePairAndOddLinesToTheSecond)
+{
+    ondo::primitives::setDenormalsAreZero(true);
+    auto verb = configured(1, 2, 8);
+    applyObjectDefaults(*verb);
+    const ondo::HLShelfParameters silent{-200.0f, 0.0f, 0.0f, 0.0f, 177.0f, 5657.0f};
+    verb->setDirectFilter(silent);
+    verb->setClusterFilter(silent);
+    verb->setReverbGain(-200.0f);
+    const auto& speakers = verb->getSpeakerPositions();
+    const Point3 between = speakers[0] * (1.0f / speakers[0].length()) + speakers[1] * (1.0f / speakers[1].length());
+    verb->setSourcePosition(0, between * (2.0f / between.length()));
+    verb->setEarlyWidth(std::abs(azimuthDegrees(speakers[0]) - azimuthDegrees(speakers[1])));
+    const Point3 firstOfPair = verb->getEarlyPanner()->getSourcesPosition()[0];
+    const std::uint32_t first = std::abs(azimuthDegrees(firstOfPair) - azimuthDegrees(speakers[0])) < 0.01f ? 0 : 1;
+    ASSERT_NEAR(azimuthDegrees(firstOfPair), azimuthDegrees(speakers[first]), 0.01f);
+
+    tarvo::testing::ChannelBlock in(1, 64), out(2, 64);
+    for (int b = 0; b < 200; ++b) // let the ramps settle
+        verb->process(out.pointers.data(), in.pointers.data(), 64);
+    verb->clear();
+    std::vector<float> heard[2];
+    in.data[0][0] = 1.0f;
+    for (int b = 0; b < 40; ++b)
+    {
+        verb->process(out.pointers.data(), in.pointers.data(), 64);
+        in.data[0][0] = 0.0f;
+        for (std::uint32_t s = 0; s < 2; ++s)
+            heard[s].insert(heard[s].end(), out.data[s].begin(), out.data[s].end());
+    }
+    ondo::primitives::setDenormalsAreZero(false);
+    const auto delays = verb->getEarly().getDelays();
+    ASSERT_EQ(delays.size(), 8u);
+    for (std::uint32_t i = 0; i < 8; ++i)
+    {
+        // The reflection's energy within two samples of its delay, on each speaker.
+        const auto at = static_cast<std::size_t>(std::lround(delays[i] * rate / 1000.0f));
+        double energy[2] = {};
+        for (std::uint32_t s = 0; s < 2; ++s)
+            for (std::size_t k = at - 2; k <= at + 2; ++k)
+                energy[s] += static_cast<double>(heard[s][k]) * heard[s][k];
+        const std::uint32_t expected = i % 2 == 0 ? first : 1 - first;
+        EXPECT_GT(energy[expected], 1e-6) << "line " << i;
+        EXPECT_LT(energy[1 - expected], energy[expected] * 1e-4) << "line " << i;
+    }
+}
+
 TEST(TarvoVerb, DirectSoundArrivesAtOnceWithItsDistanceGain)
 {
     ondo::primitives::setDenormalsAreZero(true);

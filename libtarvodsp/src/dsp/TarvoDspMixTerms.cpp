@@ -20,17 +20,6 @@ void MixTerms::addInto(float* out, std::uint32_t n)
     count = 0;
 }
 
-void MixTerms::writeInto(float* out, std::uint32_t n)
-{
-    writeIntoKeeping(out, n);
-    count = 0;
-}
-
-void MixTerms::writeIntoKeeping(float* out, std::uint32_t n)
-{
-    primitives::vectorProductsConstant32(inputs.data(), gains.data(), count, out, static_cast<int>(n));
-}
-
 void MixTerms::writeEach(MixTerms* terms, float* const* outs, std::uint32_t count, std::uint32_t n, bool keep)
 {
     // Batches on the stack: the audio thread allocates nothing.

@@ -25,12 +25,9 @@ public:
     /// Adds the gathered terms into `out` (none of their inputs) and forgets them. Audio
     /// thread; real-time safe.
     void addInto(float* out, std::uint32_t n);
-    /// The same sums into `out` as if it were zeroed first, without reading it.
-    void writeInto(float* out, std::uint32_t n);
-    /// `writeInto` that keeps the terms, for an owner that writes them again next block.
-    void writeIntoKeeping(float* out, std::uint32_t n);
-    /// `writeIntoKeeping` of each of `count` sets of terms into its own output, in one pass
-    /// over the outputs; unless `keep`, each then forgets its terms.
+    /// Each of `count` sets of terms into its own output, the same sums as if it were zeroed
+    /// first, without reading it, in one pass over the outputs. Unless `keep`, each set then
+    /// forgets its terms; kept, an owner writes them again next block.
     static void writeEach(MixTerms* terms, float* const* outs, std::uint32_t count, std::uint32_t n, bool keep);
     /// Forgets the terms. Audio thread; real-time safe.
     void forget() { count = 0; }

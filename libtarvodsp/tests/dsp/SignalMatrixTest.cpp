@@ -279,8 +279,10 @@ TEST(SignalMatrix, KeptTermsAddAsProcessAddUntilAnythingMoves)
                 kept.processAdd(k.get(), in.get(), 7);
         }
         if (held)
-            for (std::uint32_t o = 0; o < 2; ++o)
-                terms[o].writeIntoKeeping(k.data[o].data(), 7);
+        {
+            float* outs[] = {k.data[0].data(), k.data[1].data()};
+            ondo::MixTerms::writeEach(terms.data(), outs, 2, 7, true);
+        }
         ASSERT_EQ(k.data, a.data) << "block " << b;
     }
     EXPECT_GE(repeated, 30);
