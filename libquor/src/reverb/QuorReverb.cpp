@@ -114,7 +114,7 @@ Reverb::Reverb(std::uint32_t numChannels)
       shuffle(numChannels)
 {
     filters.setCrossfadeTime(decayCrossfadeTimeMs);
-    tapRuns.resize(numChannels);
+    lineRuns.resize(numChannels);
     for (auto& air : airFilters)
         air = std::make_unique<AirAbsorption>(2);
     // The block views know their channel counts from the start, so the first block allocates nothing.
@@ -210,21 +210,29 @@ void Reverb::mixSums(float* const* out, std::uint32_t n)
     }
 }
 
-void Reverb::readTaps(float** tap, std::uint32_t n)
+void Reverb::findRuns(float** tap, std::uint32_t n)
 {
-    // A tap that found its chunk in place reads whole samples and doesn't glide: until its
-    // next hand-over, and while its line keeps its window, the run moves on by the chunk. A
-    // read that widens its line moves nothing another tap reads: the next chunk starts over.
+    // A line whose tap found its chunk in place, reading whole samples without a glide, and
+    // whose write found its place too: until the next hand-over, and while the line keeps
+    // its window, both runs move on by the chunk. A read that widens its line moves the
+    // places found before: the next chunk starts over.
     const std::uint32_t counted = lineChanges.get();
-    const bool steady = tapRuns.serves(n, counted);
+    const bool steady = lineRuns.serves(n, counted);
     if (!steady)
-        tapRuns.start(n, counted);
+        lineRuns.start(n, counted);
+    float** mix = mixBuffer.getChannels();
     for (std::uint32_t i = 0; i < numChannels; ++i)
     {
-        if (steady && tapRuns.moveOn(i, lineReads[i]))
+        if (steady && lineRuns.moveOn(i, lineReads[i], lineWrites[i]))
             continue;
         lineReads[i] = taps[i]->processInPlace(tap[i], n);
-        tapRuns.keep(i, *delays[i], lineReads[i] != tap[i] ? lineReads[i] : nullptr, taps[i]->getReadStart());
+        // After the line's read, which may widen its window; no step of the chunk widens it
+        // again.
+        float* run = delays[i]->findWriteRun(n);
+        lineWrites[i] = run != nullptr ? run : mix[i];
+        const bool inPlace = run != nullptr && lineReads[i] != tap[i];
+        lineRuns.keep(i, *delays[i], inPlace ? std::max<const float*>(lineReads[i], run) : nullptr,
+                      taps[i]->getReadStart());
     }
 }
 
@@ -244,7 +252,7 @@ void Reverb::runChunk(std::uint32_t n)
     // next, so that the shelves of all lines run side by side. Every sample is as it would be
     // line by line. The shelves read the lines in place where they can, and the mixer writes
     // into them in place where it can.
-    readTaps(tap, n);
+    findRuns(tap, n);
     // The shelves' stage updates come first. With air, a line's air filter follows its shelf
     // sample by sample, and the batch takes each pair. Alone, the shelves' updates go through
     // their processor, which reuses the last ones while nothing is handed over.
@@ -252,15 +260,6 @@ void Reverb::runChunk(std::uint32_t n)
     if (begun == nullptr)
         for (std::uint32_t i = 0; i < numChannels; ++i)
             shelves.add(filters.getChannel(i), airFilters[i]->getSecondOrder().getShelf(), tap[i], lineReads[i], n);
-    // Each chunk lands at the write position and only then moves it on, so chunks of any
-    // sizes fill a line end to end, each sample once, and a sample comes back exactly its
-    // delay later. A chunk is never longer than the shortest delay, so it never reads what
-    // it is about to write.
-    for (std::uint32_t i = 0; i < numChannels; ++i)
-    {
-        float* run = delays[i]->findWriteRun(n);
-        lineWrites[i] = run != nullptr ? run : mix[i];
-    }
     // Steady lines run the rest of the chunk in one pass over columns of samples; else
     // step by step: the output is taken from the filtered line before the input is added,
     // the sum built in place, and the mixer writes the lines' next input out of place.
@@ -286,6 +285,10 @@ void Reverb::runChunk(std::uint32_t n)
             mixSums(out, n);
         shuffle.process(lineWrites.data(), tap, n);
     }
+    // Each chunk lands at the write position and only then moves it on, so chunks of any
+    // sizes fill a line end to end, each sample once, and a sample comes back exactly its
+    // delay later. A chunk is never longer than the shortest delay, so it never reads what
+    // it is about to write.
     for (std::uint32_t i = 0; i < numChannels; ++i)
     {
         if (lineWrites[i] == mix[i])

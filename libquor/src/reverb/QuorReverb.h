@@ -117,8 +117,9 @@ public:
     std::uint32_t getChunkLimit() const;
 
 private:
-    /// Every line's chunk from its tap, into `lineReads`: in place, or in `tap`.
-    void readTaps(float** tap, std::uint32_t n);
+    /// Every line's chunk from its tap, into `lineReads`: in place, or in `tap`; and where
+    /// the line takes its next chunk, into `lineWrites`: in place, or in the mix buffer.
+    void findRuns(float** tap, std::uint32_t n);
     void runChunk(std::uint32_t n);
     /// The mix of `processWithSums` over the chunk's lines, after the network ran into `out`.
     void mixSums(float* const* out, std::uint32_t n);
@@ -146,8 +147,9 @@ private:
     /// Where each line's chunk is read from and written to: in the line, or a buffer.
     ondo::Vector<const float*> lineReads;
     ondo::Vector<float*> lineWrites;
-    /// The reads found in place, moved on while their taps and lines stand as they were.
-    ondo::SteadyRuns tapRuns;
+    /// Each line's read and write found in place, moved on together while its tap and the
+    /// line stand as they were.
+    ondo::SteadyRuns lineRuns;
     /// The taps' hand-overs and the lines' widenings and emptyings, all counted.
     ondo::HandOverCount lineChanges;
     /// Whether the block asks for sums, where the chunk's go, and their factors.

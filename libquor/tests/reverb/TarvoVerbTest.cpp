@@ -455,7 +455,7 @@ TEST(TarvoVerb, LateTailIsTheSameSampleForSampleForAnyBlocks)
 {
     ondo::primitives::setDenormalsAreZero(true);
     const auto reference = impulseResponse(*lateOnly(100, rate), 100, 1.0);
-    for (std::uint32_t blockSize : {1u, 4096u})
+    for (std::uint32_t blockSize : {1u, 63u, 4096u})
     {
         const auto response = impulseResponse(*lateOnly(blockSize, rate), blockSize, 1.0);
         for (std::size_t c = 0; c < 2; ++c)
