@@ -40,21 +40,26 @@ ONDO_KERNEL_INLINE std::uint32_t sample(const SourceSends& pass, std::uint32_t n
     return count;
 }
 
-/// One source over the block's whole vectors, its gains in every lane once; the room bus
-/// takes its product, starting from 0 with the first source. `bad` counts the samples that
-/// are unusable, a lane each. Returns where the vectors end.
-template <typename V, typename I>
-ONDO_KERNEL_INLINE std::uint32_t source(const SourceSends& pass, std::uint32_t i, std::uint32_t n, I& bad)
+/// One source's buffers, and its gains in every lane once.
+template <typename V>
+struct Send
 {
-    constexpr auto width = static_cast<std::uint32_t>(sizeof(V) / sizeof(float));
-    const float* samples = pass.sources[i];
-    float* direct = pass.direct[i];
-    float* room = pass.room;
-    const V send = pass.sendGains[i] - V{};
-    const float directGain = pass.directGains[i];
-    const V gain = directGain - V{};
-    std::uint32_t at = 0;
-    for (; at + width <= n; at += width)
+    const float* samples;
+    float* direct;
+    float directGain;
+    V send;
+    V gain;
+
+    ONDO_KERNEL_INLINE Send(const SourceSends& pass, std::uint32_t i)
+        : samples(pass.sources[i]), direct(pass.direct[i]), directGain(pass.directGains[i]),
+          send(pass.sendGains[i] - V{}), gain(directGain - V{})
+    {
+    }
+
+    /// The vector at `at`, cleaned, into the room's `sum` and the direct sound. `bad` counts
+    /// the samples that are unusable, a lane each.
+    template <typename I>
+    ONDO_KERNEL_INLINE void add(V& sum, std::uint32_t at, I& bad) const
     {
         V x;
         load(x, samples + at);
@@ -63,12 +68,31 @@ ONDO_KERNEL_INLINE std::uint32_t source(const SourceSends& pass, std::uint32_t i
         const I unusable = (bits & magnitudeBits) >= unusableFrom;
         bad -= unusable;
         x = (V)(bits & ~unusable);
-        V sum{};
-        if (i > 0)
-            load(sum, room + at);
         sum += x * send;
-        store(room + at, sum);
         store(direct + at, directGain == 0.0f ? V{} : x * gain);
+    }
+};
+
+/// One source from `first`, or two with `paired`, over the block's whole vectors: the room
+/// bus, read and written once, takes their products in turn, starting from 0 with the first
+/// source. Returns where the vectors end.
+template <typename V, typename I, bool paired>
+ONDO_KERNEL_INLINE std::uint32_t sources(const SourceSends& pass, std::uint32_t first, std::uint32_t n, I& bad)
+{
+    constexpr auto width = static_cast<std::uint32_t>(sizeof(V) / sizeof(float));
+    const Send<V> one(pass, first);
+    const Send<V> other(pass, paired ? first + 1 : first);
+    float* room = pass.room;
+    std::uint32_t at = 0;
+    for (; at + width <= n; at += width)
+    {
+        V sum{};
+        if (first > 0)
+            load(sum, room + at);
+        one.add(sum, at, bad);
+        if constexpr (paired)
+            other.add(sum, at, bad);
+        store(room + at, sum);
     }
     return at;
 }
@@ -79,8 +103,12 @@ ONDO_KERNEL_INLINE std::uint32_t run(const SourceSends& pass, std::uint32_t numS
     constexpr auto width = static_cast<std::uint32_t>(sizeof(V) / sizeof(float));
     I bad{};
     std::uint32_t at = 0;
-    for (std::uint32_t i = 0; i < numSources; ++i)
-        at = source<V>(pass, i, n, bad);
+    // Two sources a pass: the room bus is read and written once for both.
+    std::uint32_t i = 0;
+    for (; i + 2 <= numSources; i += 2)
+        at = sources<V, I, true>(pass, i, n, bad);
+    if (i < numSources)
+        at = sources<V, I, false>(pass, i, n, bad);
     std::uint32_t count = 0;
     for (std::uint32_t lane = 0; lane < width; ++lane)
         count += static_cast<std::uint32_t>(bad[lane]);
