@@ -136,7 +136,8 @@ TEST(Cluster, InPlaceBlocksGiveWhatCopiedBlocksGive)
                                                 : inPlace.processInPlace(scratch.get(), in.data(), n);
         copying.process(expected.get(), in.data(), n);
         for (std::uint32_t c = 0; c < numLines; ++c)
-            ASSERT_TRUE(std::equal(read[c], read[c] + n, expected.data[c].begin())) << "line " << c << ", block " << block;
+            ASSERT_TRUE(std::equal(read[c], read[c] + n, expected.data[c].begin()))
+                << "line " << c << ", block " << block;
     }
 }
 

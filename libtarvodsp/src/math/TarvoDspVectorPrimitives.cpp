@@ -177,48 +177,41 @@ ONDO_KERNEL_INLINE void addProductsRun(const float* const* srcs, const float* va
 /// Vectors in a long run: enough independent sums to hide the latency of the additions.
 constexpr int longRun = 8;
 
-/// Long runs, then single vectors; returns where the vectors end. Each sample's sum is the
-/// same whichever run it falls in.
-template <typename V>
-ONDO_KERNEL_INLINE int addProductsInRuns(const float* const* srcs, const float* values, int count, float* dst, int n)
-{
-    constexpr int width = static_cast<int>(sizeof(V) / sizeof(float));
-    int i = 0;
-    for (; i + longRun * width <= n; i += longRun * width)
-        addProductsRun<V, longRun, false>(srcs, values, count, dst, i);
-    for (; i + width <= n; i += width)
-        addProductsRun<V, 1, false>(srcs, values, count, dst, i);
-    return i;
-}
-
-/// The sums of `addProductsInRuns` from 0 for every set, run by run: each set's pass over a
-/// run is short, so its setup is kept to the fields it reads. Returns where the vectors end.
-template <typename V>
+/// The sums of `addProductsRun` for every set, run by run: long runs, then single vectors.
+/// Each set's pass over a run is short, so its setup is kept to the fields it reads. Each
+/// sample's sum is the same whichever run it falls in. Returns where the vectors end.
+template <typename V, bool fromZero>
 ONDO_KERNEL_INLINE int productsInRuns(const Products* sets, int numSets, int n)
 {
     constexpr int width = static_cast<int>(sizeof(V) / sizeof(float));
     int i = 0;
     for (; i + longRun * width <= n; i += longRun * width)
         for (int s = 0; s < numSets; ++s)
-            addProductsRun<V, longRun, true>(sets[s].srcs, sets[s].values, sets[s].count, sets[s].dst, i);
+            addProductsRun<V, longRun, fromZero>(sets[s].srcs, sets[s].values, sets[s].count, sets[s].dst, i);
     for (; i + width <= n; i += width)
         for (int s = 0; s < numSets; ++s)
-            addProductsRun<V, 1, true>(sets[s].srcs, sets[s].values, sets[s].count, sets[s].dst, i);
+            addProductsRun<V, 1, fromZero>(sets[s].srcs, sets[s].values, sets[s].count, sets[s].dst, i);
     return i;
 }
 
 #if ONDO_WIDE_VECTORS
-ONDO_WIDE_VECTORS_TARGET int addProductsInRunsWide(const float* const* srcs, const float* values, int count,
-                                                   float* dst, int n)
-{
-    return addProductsInRuns<simd::Floats8>(srcs, values, count, dst, n);
-}
-
+template <bool fromZero>
 ONDO_WIDE_VECTORS_TARGET int productsInRunsWide(const Products* sets, int numSets, int n)
 {
-    return productsInRuns<simd::Floats8>(sets, numSets, n);
+    return productsInRuns<simd::Floats8, fromZero>(sets, numSets, n);
 }
 #endif
+
+/// The vectors of `sets`, in the wider body where the machine has it; returns where they end.
+template <bool fromZero>
+int productsInRunsOfEitherBody(const Products* sets, int numSets, int n)
+{
+#if ONDO_WIDE_VECTORS
+    if (simd::useWideVectors())
+        return productsInRunsWide<fromZero>(sets, numSets, n);
+#endif
+    return productsInRuns<simd::Floats4, fromZero>(sets, numSets, n);
+}
 } // namespace
 
 Status vectorSet32(float value, float* dst, int n) { return set(value, dst, n); }
@@ -280,13 +273,8 @@ Status vectorAddProductsConstant32(const float* const* srcs, const float* values
 {
     if (const Status s = check(n, srcs, values, dst); s != done)
         return s;
-    int i = 0;
-#if ONDO_WIDE_VECTORS
-    if (simd::useWideVectors())
-        i = addProductsInRunsWide(srcs, values, count, dst, n);
-    else
-#endif
-        i = addProductsInRuns<simd::Floats4>(srcs, values, count, dst, n);
+    const Products set{srcs, values, count, dst};
+    int i = productsInRunsOfEitherBody<false>(&set, 1, n);
     for (; i < n; ++i)
     {
         float sum = dst[i];
@@ -310,13 +298,7 @@ Status vectorProductsConstant32(const Products* sets, int numSets, int n)
     for (int s = 0; s < numSets; ++s)
         if (const Status c = check(n, sets[s].srcs, sets[s].values, sets[s].dst); c != done)
             return c;
-    int i = 0;
-#if ONDO_WIDE_VECTORS
-    if (simd::useWideVectors())
-        i = productsInRunsWide(sets, numSets, n);
-    else
-#endif
-        i = productsInRuns<simd::Floats4>(sets, numSets, n);
+    const int i = productsInRunsOfEitherBody<true>(sets, numSets, n);
     for (int s = 0; s < numSets; ++s)
     {
         const Products& set = sets[s];
