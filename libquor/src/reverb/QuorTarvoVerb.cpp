@@ -123,7 +123,6 @@ void TarvoVerb::configure(float rate, std::uint32_t size, std::uint32_t numSourc
     outputTerms.assign(numSpeakers, ondo::MixTerms());
     for (ondo::MixTerms& terms : outputTerms)
         terms.reserve(numSources + 2 + numInternals);
-    keptBuffers.resize(numSources + 2 + numInternals);
     termsKept = false;
 
     const Pan::Type type = panningTypeFor(numSpeakers);
@@ -198,6 +197,8 @@ void TarvoVerb::setSampleRate(float rate)
 
 void TarvoVerb::setBufferSize(std::uint32_t size)
 {
+    // The kept terms read the buffers about to be reallocated.
+    forgetKeptTerms();
     for (ondo::AudioProcessorBase* stage : {static_cast<ondo::AudioProcessorBase*>(&directFilter),
                                             static_cast<ondo::AudioProcessorBase*>(&roomFilter),
                                             static_cast<ondo::AudioProcessorBase*>(&earlyFilter),
@@ -311,10 +312,9 @@ void TarvoVerb::renderBlock(std::uint32_t n)
     // over their terms instead, and each output is then written in one pass with the same
     // sums: see mixIntoOutputs. Terms that stand as they were last block, over the same
     // buffers, are kept: the panners then only take the block.
-    const bool repeat = keptTermsHold(direct, pair, late);
-    if (!repeat && termsKept)
-        for (ondo::MixTerms& terms : outputTerms)
-            terms.forget();
+    const bool repeat = keptTermsHold();
+    if (!repeat)
+        forgetKeptTerms();
     outputsWritten = false;
     allGathered = true;
     if (repeat)
@@ -347,8 +347,6 @@ void TarvoVerb::renderBlock(std::uint32_t n)
     else
         mixIntoOutputs(*panLate, late, n);
     flushOutputTerms(n, allGathered);
-    if (allGathered && !repeat)
-        keepTerms(direct, pair, late);
     termsKept = allGathered;
 }
 
@@ -382,30 +380,17 @@ void TarvoVerb::flushOutputTerms(std::uint32_t n, bool keep)
     outputsWritten = true;
 }
 
-bool TarvoVerb::keptTermsHold(float** direct, float** pair, float** late) const
+bool TarvoVerb::keptTermsHold() const
 {
-    if (!termsKept)
-        return false;
-    const float* const* kept = keptBuffers.data();
-    for (std::uint32_t i = 0; i < numInputs; ++i)
-        if (kept[i] != direct[i])
-            return false;
-    kept += numInputs;
-    if (kept[0] != pair[0] || kept[1] != pair[1])
-        return false;
-    kept += 2;
-    for (std::uint32_t c = 0; c < numInternals; ++c)
-        if (kept[c] != late[c])
-            return false;
-    return panDirect->termsUnchanged() && panEarly->termsUnchanged() && panLate->termsUnchanged();
+    return termsKept && panDirect->termsUnchanged() && panEarly->termsUnchanged() && panLate->termsUnchanged();
 }
 
-void TarvoVerb::keepTerms(float** direct, float** pair, float** late)
+void TarvoVerb::forgetKeptTerms()
 {
-    float** kept = keptBuffers.data();
-    std::copy_n(direct, numInputs, kept);
-    std::copy_n(pair, 2, kept + numInputs);
-    std::copy_n(late, numInternals, kept + numInputs + 2);
+    if (termsKept)
+        for (ondo::MixTerms& terms : outputTerms)
+            terms.forget();
+    termsKept = false;
 }
 
 void TarvoVerb::setSourcePosition(std::uint32_t index, const ondo::Point3& asked)

@@ -169,10 +169,10 @@ private:
     /// With `keep` the terms stay for the next block.
     void flushOutputTerms(std::uint32_t n, bool keep = false);
     /// Whether the terms kept from the last block are those the three panners would gather
-    /// now from the same buffers, so that they only need to take the block. Audio thread.
-    bool keptTermsHold(float** direct, float** pair, float** late) const;
-    /// Remembers which buffers the kept terms read. Audio thread; real-time safe.
-    void keepTerms(float** direct, float** pair, float** late);
+    /// now, so that they only need to take the block. Audio thread.
+    bool keptTermsHold() const;
+    /// Lets the kept terms go: the next block gathers them anew. Real-time safe.
+    void forgetKeptTerms();
     /// The panning type for a speaker count.
     static Pan::Type panningTypeFor(std::uint32_t numSpeakers);
 
@@ -220,10 +220,9 @@ private:
     bool outputsWritten = false;
     /// Every panner gathered its terms in this block.
     bool allGathered = false;
-    /// `outputTerms` still hold the last block's terms, read from `keptBuffers` (the direct,
-    /// pair and late channels, in that order).
+    /// `outputTerms` still hold the last block's terms. They read the direct, pair and late
+    /// buffers, which stay in place until the next change of buffer size.
     bool termsKept = false;
-    ondo::Vector<float*> keptBuffers;
     ondo::AudioBufferReference<float> inputsReference;
     ondo::AudioBufferReference<float> outputsReference;
     /// Written by the audio thread alone, read by any.

@@ -248,28 +248,39 @@ TEST(TarvoVerb, EvenEarlyLinesFoldToTheFirstOfThePairAndOddLinesToTheSecond)
     }
 }
 
+// Also after a change of buffer size that follows a still stretch: the mix terms kept
+// through that stretch read the buffers the change moves (the second source's channel).
 TEST(TarvoVerb, DirectSoundArrivesAtOnceWithItsDistanceGain)
 {
     ondo::primitives::setDenormalsAreZero(true);
-    auto verb = configured(1, 2, 8);
-    applyObjectDefaults(*verb);
-    verb->setEarlyFilter({-200.0f, 0.0f, 0.0f, 0.0f, 177.0f, 5657.0f});
-    verb->setClusterFilter({-200.0f, 0.0f, 0.0f, 0.0f, 177.0f, 5657.0f});
-    verb->setReverbGain(-200.0f);
-    const Point3 speaker = verb->getSpeakerPositions()[0];
-    verb->setSourcePosition(0, speaker * (2.0f / speaker.length()));
-    tarvo::testing::ChannelBlock in(1, 64), out(2, 64);
-    for (int b = 0; b < 200; ++b) // let the ramps settle
+    for (bool resized : {false, true})
+    {
+        auto verb = configured(2, 2, 8);
+        applyObjectDefaults(*verb);
+        verb->setEarlyFilter({-200.0f, 0.0f, 0.0f, 0.0f, 177.0f, 5657.0f});
+        verb->setClusterFilter({-200.0f, 0.0f, 0.0f, 0.0f, 177.0f, 5657.0f});
+        verb->setReverbGain(-200.0f);
+        const Point3 speaker = verb->getSpeakerPositions()[0];
+        verb->setSourcePosition(1, speaker * (2.0f / speaker.length()));
+        tarvo::testing::ChannelBlock in(2, 64), out(2, 64);
+        for (auto& channel : in.data)
+            channel.assign(64, 0.5f); // live sources: their terms are gathered and kept
+        for (int b = 0; b < 200; ++b) // let the ramps settle
+            verb->process(out.pointers.data(), in.pointers.data(), 64);
+        if (resized)
+            verb->changeBufferSize(256);
+        verb->clear();
+        for (auto& channel : in.data)
+            channel.assign(64, 0.0f);
+        in.data[1][0] = 1.0f;
         verb->process(out.pointers.data(), in.pointers.data(), 64);
-    verb->clear();
-    in.data[0][0] = 1.0f;
-    verb->process(out.pointers.data(), in.pointers.data(), 64);
+        // Gain: 1 / d^2 at 2 m, times sqrt(S) sqrt(1/N) with S 2 and N 8, on the speaker alone.
+        EXPECT_NEAR(out.data[0][0], 0.25f * std::sqrt(2.0f / 8.0f), 1e-5f) << resized;
+        EXPECT_NEAR(out.data[1][0], 0.0f, 1e-6f) << resized;
+        for (int k = 1; k < 64; ++k)
+            EXPECT_NEAR(out.data[0][k], 0.0f, 1e-6f) << k << " " << resized;
+    }
     ondo::primitives::setDenormalsAreZero(false);
-    // Gain: 1 / d^2 at 2 m, times sqrt(S) sqrt(1/N) with S 1 and N 8, on the speaker alone.
-    EXPECT_NEAR(out.data[0][0], 0.25f * std::sqrt(1.0f / 8.0f), 1e-5f);
-    EXPECT_NEAR(out.data[1][0], 0.0f, 1e-6f);
-    for (int k = 1; k < 64; ++k)
-        EXPECT_NEAR(out.data[0][k], 0.0f, 1e-6f) << k;
 }
 
 // A still room keeps its mix terms from block to block. A source moved after a still
