@@ -103,8 +103,7 @@ struct Pass
         loadRow<whole>(in, chunk.inputs[line] + start, m);
         if constexpr (summed)
         {
-            V sum{};
-            sum += in * factor.dry;
+            V sum = in * factor.dry;
             sum += output * factor.wet;
             storeRow<whole>(chunk.sums[line] + start, sum, m);
         }

@@ -29,8 +29,7 @@ struct LateColumns
     float outputFactor;
     float inputGain;
     float mixGain;
-    /// Each line's sum, or null: from 0, plus the input times `dry`, plus the output times
-    /// `wet`.
+    /// Each line's sum, or null: the input times `dry`, plus the output times `wet`.
     float* const* sums;
     float dry;
     float wet;

@@ -42,8 +42,8 @@ public:
 
     /// Audio thread; real-time safe.
     void process(float** outputs, float** inputs, std::uint32_t numSamples) override;
-    /// `process`, and besides each line's mix of its input and output into `sums`: from 0,
-    /// plus the input times `dry`, plus the output times `wet`, in that order. In the same
+    /// `process`, and besides each line's mix of its input and output into `sums`: the
+    /// input times `dry`, plus the output times `wet`, in that order. In the same
     /// pass as the network where it can. `sums` are neither inputs nor outputs. With null
     /// `outputs`, only the sums are written. Audio thread; real-time safe.
     void processWithSums(float** outputs, float** inputs, float** sums, float dry, float wet,

@@ -24,8 +24,7 @@ struct LineFilters
 // The one-pass chunk must give, bit for bit, what its steps give one after the other: each
 // line through its own filters, the output scaled, the input added, the stage-by-stage
 // Hadamard transform and the gain, written where the targets say; and the filters must
-// carry on alike over chunks; with sums, each line's input and output summed from 0 in that
-// order. Both bodies, one or two stages, chunks that end inside a column, and outputs that
+// carry on alike over chunks; with sums, each line's input and output summed in that order. Both bodies, one or two stages, chunks that end inside a column, and outputs that
 // land on the inputs (read after they are written).
 TEST(LateColumns, OnePassEqualsTheStepsInTurn)
 {
@@ -78,7 +77,7 @@ TEST(LateColumns, OnePassEqualsTheStepsInTurn)
                                     expectedOut[l][i] = t[i] * f;
                                     const float x = shared ? expectedOut[l][i] : inputs[l][i];
                                     expectedMixed[l][i] = t[i] + x * g;
-                                    expectedSums[l][i] = 0.0f + x * dry;
+                                    expectedSums[l][i] = x * dry;
                                     expectedSums[l][i] += expectedOut[l][i] * wet;
                                 }
                                 readPointers.push_back(reads[l].data());

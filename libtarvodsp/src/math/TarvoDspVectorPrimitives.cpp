@@ -142,22 +142,32 @@ Status dot(const T* a, const T* b, int n, T* result)
     return done;
 }
 /// The sums of `vectorAddProductsConstant32` over `numVectors` vectors from `i`, which stay
-/// in registers while every source adds into them. With `fromZero` the sums start at 0
-/// instead of at `dst`, which is then only written.
+/// in registers while every source adds into them. With `fromZero` the sums start with the
+/// first product (at 0 when there is none) instead of at `dst`, which is then only written.
 template <typename V, int numVectors, bool fromZero>
 ONDO_KERNEL_INLINE void addProductsRun(const float* const* srcs, const float* values, int count, float* dst, int i)
 {
     constexpr int width = static_cast<int>(sizeof(V) / sizeof(float));
     V sums[numVectors];
+    int k = 0;
 #pragma GCC unroll 8
     for (int v = 0; v < numVectors; ++v)
     {
         if constexpr (fromZero)
+        {
             sums[v] = V{};
+            if (count > 0)
+            {
+                simd::load(sums[v], srcs[0] + i + v * width);
+                sums[v] *= values[0];
+            }
+        }
         else
             simd::load(sums[v], dst + i + v * width);
     }
-    for (int k = 0; k < count; ++k)
+    if constexpr (fromZero)
+        k = count > 0 ? 1 : 0;
+    for (; k < count; ++k)
     {
         const float* src = srcs[k] + i;
         const float value = values[k];
@@ -304,8 +314,8 @@ Status vectorProductsConstant32(const Products* sets, int numSets, int n)
         const Products& set = sets[s];
         for (int j = i; j < n; ++j)
         {
-            float sum = 0.0f;
-            for (int k = 0; k < set.count; ++k)
+            float sum = set.count > 0 ? set.srcs[0][j] * set.values[0] : 0.0f;
+            for (int k = 1; k < set.count; ++k)
                 sum += set.srcs[k][j] * set.values[k];
             set.dst[j] = sum;
         }

@@ -41,8 +41,10 @@ Status vectorAddProductConstant32(const float* src, float value, float* dst, int
 /// as `count` calls of `vectorAddProductConstant32` in that order, with `dst` read and written
 /// once. No source may be `dst`. A `count` of 0 leaves `dst` as it is.
 Status vectorAddProductsConstant32(const float* const* srcs, const float* values, int count, float* dst, int n);
-/// dst[i] = 0 + srcs[0][i] * values[0] + srcs[1][i] * values[1] ...: the sums of
-/// `vectorAddProductsConstant32` into a zeroed `dst`, in one pass that never reads `dst`.
+/// dst[i] = srcs[0][i] * values[0] + srcs[1][i] * values[1] ..., 0 for a `count` of 0: the
+/// sums of `vectorAddProductsConstant32` into a zeroed `dst`, in one pass that never reads
+/// `dst`. Equal values; only a sum of negative zeros keeps its sign, as the first product
+/// is written rather than added to 0.
 Status vectorProductsConstant32(const float* const* srcs, const float* values, int count, float* dst, int n);
 /// The arguments of one `vectorProductsConstant32`.
 struct Products

@@ -216,16 +216,23 @@ TEST(VectorPrimitives, SeveralProductsAddAsTheSameSumsInOrder)
         std::vector<float> untouched = offAlignment(start);
         EXPECT_EQ(vectorAddProductsConstant32(pointers, gains, 0, untouched.data() + 1, n), done);
         EXPECT_EQ(untouched, offAlignment(start));
-        // Written rather than added to: the sums start from 0, whatever the output held.
+        // Written rather than added to: the sums start with the first product, whatever the
+        // output held, and at 0 without one.
         std::vector<float> written = offAlignment(start);
         ASSERT_EQ(vectorProductsConstant32(pointers, gains, 3, written.data() + 1, n), done);
         for (int i = 0; i < n; ++i)
-            EXPECT_EQ(written[i + 1],
-                      (0.0f + source(0, i) * gains[0] + source(1, i) * gains[1]) + source(2, i) * gains[2])
+            EXPECT_EQ(written[i + 1], (source(0, i) * gains[0] + source(1, i) * gains[1]) + source(2, i) * gains[2])
                 << "sample " << i << (wide ? ", wide body" : "");
         EXPECT_EQ(vectorProductsConstant32(pointers, gains, 0, written.data() + 1, n), done);
         written.erase(written.begin());
         EXPECT_EQ(written, std::vector<float>(n, 0.0f));
+        // So a sum of negative zeros is -0 (from 0 it would be +0), in every run alike.
+        const std::vector<float> ones(n, 1.0f);
+        const float* onesTwice[] = {ones.data(), ones.data()};
+        const float negativeZeros[] = {-0.0f, -0.0f};
+        ASSERT_EQ(vectorProductsConstant32(onesTwice, negativeZeros, 2, written.data(), n), done);
+        for (int i = 0; i < n; ++i)
+            EXPECT_TRUE(written[i] == 0.0f && std::signbit(written[i])) << "sample " << i << (wide ? ", wide" : "");
         // Several outputs in one call: each gets its own sums, as alone; one bad set stops all.
         std::vector<float> first = offAlignment(start), second = offAlignment(start);
         const Products sets[] = {{pointers + 1, gains + 1, 2, first.data() + 1},
