@@ -24,8 +24,9 @@ struct LineFilters
 // The one-pass chunk must give, bit for bit, what its steps give one after the other: each
 // line through its own filters, the output scaled, the input added, the stage-by-stage
 // Hadamard transform and the gain, written where the targets say; and the filters must
-// carry on alike over chunks; with sums, each line's input and output summed in that order. Both bodies, one or two stages, chunks that end inside a column, and outputs that
-// land on the inputs (read after they are written).
+// carry on alike over chunks; with sums, each line's input and output summed in that order.
+// Both bodies, one or two stages, chunks that end inside a column, and outputs that land on
+// the inputs (read after they are written).
 TEST(LateColumns, OnePassEqualsTheStepsInTurn)
 {
     for (bool wide : {true, false})

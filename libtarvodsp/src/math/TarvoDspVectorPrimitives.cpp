@@ -148,26 +148,24 @@ template <typename V, int numVectors, bool fromZero>
 ONDO_KERNEL_INLINE void addProductsRun(const float* const* srcs, const float* values, int count, float* dst, int i)
 {
     constexpr int width = static_cast<int>(sizeof(V) / sizeof(float));
+    // From zero, the first source's products are the sums' start, so the terms go on from
+    // the second.
+    const bool firstWritten = fromZero && count > 0;
     V sums[numVectors];
-    int k = 0;
 #pragma GCC unroll 8
     for (int v = 0; v < numVectors; ++v)
     {
-        if constexpr (fromZero)
+        if (firstWritten)
         {
-            sums[v] = V{};
-            if (count > 0)
-            {
-                simd::load(sums[v], srcs[0] + i + v * width);
-                sums[v] *= values[0];
-            }
+            simd::load(sums[v], srcs[0] + i + v * width);
+            sums[v] *= values[0];
         }
+        else if constexpr (fromZero)
+            sums[v] = V{};
         else
             simd::load(sums[v], dst + i + v * width);
     }
-    if constexpr (fromZero)
-        k = count > 0 ? 1 : 0;
-    for (; k < count; ++k)
+    for (int k = firstWritten ? 1 : 0; k < count; ++k)
     {
         const float* src = srcs[k] + i;
         const float value = values[k];
