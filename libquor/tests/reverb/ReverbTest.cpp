@@ -4,6 +4,7 @@
 #include "TestSignals.h"
 #include "dsp/TarvoDspDecayAnalysis.h"
 #include "math/TarvoDspDenormals.h"
+#include "math/TarvoDspWideVectors.h"
 
 #include <gtest/gtest.h>
 
@@ -338,5 +339,48 @@ TEST(Reverb, SumsOfInputAndOutputAreTheSameInEveryPath)
         }
         EXPECT_EQ(allocations, 0u) << lines << " lines";
     }
+}
+// Sixteen lines run their steady chunks in one pass in the wider body, which keeps the
+// shelves' lanes from chunk to chunk, and step by step on the baseline. Whatever changes or
+// runs the shelves in between, the kept lanes must carry on as the shelves themselves do:
+// the same samples through a decay change (a crossfade, then other shelves), a clear, air on
+// (another pass runs the shelves) and off again, a buffer-size change, a rate change, and
+// blocks cut into unequal chunks.
+TEST(Reverb, KeptLanesCarryOnAsTheStepsThroughEveryChange)
+{
+    const std::uint32_t lines = 16;
+    Reverb onePass(lines), steps(lines);
+    ChannelBlock in(lines, 100), outOnePass(lines, 100), outSteps(lines, 100);
+    for (int block = 0; block < 420; ++block)
+    {
+        for (Reverb* reverb : {&onePass, &steps})
+        {
+            if (block == 0 || block == 150)
+                reverb->setAirEnabled(false);
+            if (block == 60)
+                reverb->clear();
+            if (block == 120)
+                reverb->setAirEnabled(true);
+            if (block == 210)
+                reverb->setTr0(1.5f, false);
+            if (block == 300)
+                reverb->setBufferSize(512);
+            if (block == 360)
+                reverb->setSampleRate(48000.0f);
+        }
+        const std::uint32_t n = block % 3 == 0 ? 100 : 64;
+        for (std::uint32_t c = 0; c < lines; ++c)
+        {
+            const auto noise = tarvo::testing::seededNoise(100, 1000u * c + static_cast<std::uint32_t>(block));
+            std::copy(noise.begin(), noise.end(), in.data[c].begin());
+        }
+        ondo::simd::allowWideVectors(true);
+        onePass.process(outOnePass.pointers.data(), in.pointers.data(), n);
+        ondo::simd::allowWideVectors(false);
+        steps.process(outSteps.pointers.data(), in.pointers.data(), n);
+        for (std::uint32_t c = 0; c < lines; ++c)
+            ASSERT_EQ(outOnePass.data[c], outSteps.data[c]) << "block " << block << ", line " << c;
+    }
+    ondo::simd::allowWideVectors(true);
 }
 } // namespace
