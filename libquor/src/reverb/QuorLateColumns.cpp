@@ -4,7 +4,6 @@
 #include "dsp/TarvoDspHadamardColumn.h"
 
 #include <cstring>
-#include <new>
 
 namespace Quor
 {
@@ -63,28 +62,16 @@ template <typename V, int numGroups, int numStages, bool summed, bool outputsWri
 struct Pass
 {
     static constexpr int width = widthOf<V>;
-    Lanes<V> localStages[numGroups][numStages];
-    /// The local stages, or those kept between chunks.
-    Lanes<V> (*stages)[numStages] = localStages;
+    Lanes<V> stages[numGroups][numStages];
     V z0[numGroups][numStages];
     V z1[numGroups][numStages];
 
-    /// Which pass the kept lanes belong to.
-    static constexpr std::uint32_t layout = (width << 8) | (numGroups << 4) | numStages;
-    static_assert(sizeof(localStages) <= LateLanes::capacity && alignof(Lanes<V>) <= 32);
-
     ONDO_KERNEL_INLINE void begin(const LateColumns& chunk)
     {
-        bool held = false;
-        if (chunk.lanes != nullptr)
-            stages = std::launder(reinterpret_cast<Lanes<V>(*)[numStages]>(chunk.lanes->take(layout, held)));
-        if (!held)
-            for (int g = 0; g < numGroups; ++g)
-                for (int s = 0; s < numStages; ++s)
-                    stages[g][s].gather((s == 0 ? chunk.shelves : chunk.airs) + width * g, width);
         for (int g = 0; g < numGroups; ++g)
             for (int s = 0; s < numStages; ++s)
             {
+                stages[g][s].gather((s == 0 ? chunk.shelves : chunk.airs) + width * g, width);
                 load(z0[g][s], stages[g][s].line[0]);
                 load(z1[g][s], stages[g][s].line[1]);
             }
@@ -242,7 +229,7 @@ struct Pass
 template <typename V, int numGroups, int numStages>
 ONDO_KERNEL_INLINE void runStages(const LateColumns& chunk, int numSamples)
 {
-    // Left uninitialised: `begin` fills what the pass reads.
+    // Left uninitialised: `begin` fills every field.
     if (chunk.sums != nullptr && chunk.outputs == nullptr)
     {
         Pass<V, numGroups, numStages, true, false> pass;

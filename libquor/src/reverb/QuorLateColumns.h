@@ -2,40 +2,10 @@
 
 #include "dsp/TarvoDspBiquadIPP.h"
 
-#include <cstddef>
 #include <cstdint>
 
 namespace Quor
 {
-/// The steady shelves' taps and delay lines as the one-pass chunk lays them out, kept from
-/// chunk to chunk. Reading them from each line's own shelf touches a dozen scattered objects
-/// a chunk, which costs the room more than the pass's arithmetic on them. While the same
-/// shelves play on unchanged and only the pass runs them, the next chunk starts from here;
-/// the delay lines are still written back to the shelves after every chunk.
-class LateLanes
-{
-public:
-    static constexpr std::size_t capacity = 1280;
-
-    /// The next chunk reads the shelves again: after anything but the pass has run them, or
-    /// any change to them.
-    void forget() { heldLayout = 0; }
-
-    /// The room for `layout`, at most `capacity` bytes, and whether it holds that layout from
-    /// the chunk before; else the caller fills it.
-    std::byte* take(std::uint32_t layout, bool& held)
-    {
-        held = layout == heldLayout;
-        heldLayout = layout;
-        return bytes;
-    }
-
-private:
-    alignas(32) std::byte bytes[capacity] = {};
-    /// 0 while nothing is held.
-    std::uint32_t heldLayout = 0;
-};
-
 /// One chunk of the late network whose lines' filters all play steadily, in a single pass
 /// over columns of samples: each line's delayed samples through its decay shelf (then its
 /// air filter), the output taken, the input added, the lines mixed by the natural-order
@@ -63,9 +33,6 @@ struct LateColumns
     float* const* sums;
     float dry;
     float wet;
-    /// Where the shelves' lanes are kept between chunks, or null: each chunk reads the
-    /// shelves. The caller forgets them whenever the shelves may have changed.
-    LateLanes* lanes;
 };
 
 /// Whether `runLateColumns` takes such a chunk: 8 lines, or 16 where the wider vector

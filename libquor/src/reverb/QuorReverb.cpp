@@ -270,17 +270,10 @@ void Reverb::runChunk(std::uint32_t n)
         steady.first = playsSteadily(begun) ? begun : nullptr;
     else if (mixTargets != nullptr)
         steady = shelves.takeSteady(numChannels);
-    // The one pass keeps the shelves' lanes only while it alone runs the same shelves,
-    // unchanged: a chunk taken another way, or a round of the shelves that was not quiet (a
-    // hand-over, new parameters, a clear, a new rate or size), makes it read them again.
-    const bool lanesKept = begun != nullptr && steady.first != nullptr;
-    if (!lanesKept || !filters.wasLastBlockQuiet())
-        lateLanes.forget();
     if (steady.first != nullptr)
         runLateColumns({lineReads.data(), steady.first, steady.second, in, outputsWanted ? out : nullptr,
                         mixTargets, f, g, shuffle.getColumnGain(),
-                        summing ? sumsReference.getChannels() : nullptr, dryFactor, wetFactor,
-                        lanesKept ? &lateLanes : nullptr},
+                        summing ? sumsReference.getChannels() : nullptr, dryFactor, wetFactor},
                        numChannels, n);
     else
     {

@@ -13,7 +13,6 @@
 #include "dsp/TarvoDspTapOutEconomy.h"
 #include "reverb/QuorAirAbsorption.h"
 #include "reverb/QuorDelgen.h"
-#include "reverb/QuorLateColumns.h"
 #include "reverb/QuorShuffle.h"
 
 #include <cstdint>
@@ -145,8 +144,6 @@ private:
     /// Runs every line's decay shelf, and its air filter in series, side by side with the
     /// other lines.
     ondo::FadedBiquadBatch shelves;
-    /// The steady shelves' lanes, kept from one chunk in one pass to the next.
-    LateLanes lateLanes;
     /// Where each line's chunk is read from and written to: in the line, or a buffer.
     ondo::Vector<const float*> lineReads;
     ondo::Vector<float*> lineWrites;

@@ -26,8 +26,7 @@ struct LineFilters
 // Hadamard transform and the gain, written where the targets say; and the filters must
 // carry on alike over chunks; with sums, each line's input and output summed in that order.
 // Both bodies, one or two stages, chunks that end inside a column, and outputs that land on
-// the inputs (read after they are written); the lanes read from each shelf, or kept from
-// the chunk before.
+// the inputs (read after they are written).
 TEST(LateColumns, OnePassEqualsTheStepsInTurn)
 {
     for (bool wide : {true, false})
@@ -35,7 +34,6 @@ TEST(LateColumns, OnePassEqualsTheStepsInTurn)
             for (bool air : {false, true})
                 for (int n : {64, 29, 3})
                     for (bool shared : {false, true})
-                        for (bool kept : {false, true})
                     {
                         ondo::simd::allowWideVectors(wide);
                         const float f = 1.25f;
@@ -54,7 +52,6 @@ TEST(LateColumns, OnePassEqualsTheStepsInTurn)
                             airs.push_back(filters[l].air.get());
                         }
                         ondo::FastHadamardTransform hadamard(lines, ondo::FastHadamardTransform::natural, false);
-                        Quor::LateLanes lanes;
                         for (std::uint32_t chunk = 0; chunk < 3; ++chunk)
                         {
                             const bool summed = chunk == 1;
@@ -100,14 +97,13 @@ TEST(LateColumns, OnePassEqualsTheStepsInTurn)
 
                             Quor::runLateColumns({readPointers.data(), shelves.data(), air ? airs.data() : nullptr,
                                                   inputPointers.data(), outputPointers.data(), mixedPointers.data(), f,
-                                                  g, gain, summed ? sumPointers.data() : nullptr, dry, wet,
-                                                  kept ? &lanes : nullptr},
+                                                  g, gain, summed ? sumPointers.data() : nullptr, dry, wet},
                                                  lines, static_cast<std::uint32_t>(n));
                             for (std::uint32_t l = 0; l < lines; ++l)
                             {
                                 const auto where = ::testing::Message()
                                                    << "wide " << wide << " lines " << lines << " air " << air << " n "
-                                                   << n << " shared " << shared << " kept " << kept << " chunk " << chunk << " line " << l;
+                                                   << n << " shared " << shared << " chunk " << chunk << " line " << l;
                                 ASSERT_EQ(outputs[l], expectedOut[l]) << where;
                                 ASSERT_EQ(mixed[lines - 1 - l], expectedMixed[l]) << where;
                                 if (summed)

@@ -340,13 +340,12 @@ TEST(Reverb, SumsOfInputAndOutputAreTheSameInEveryPath)
         EXPECT_EQ(allocations, 0u) << lines << " lines";
     }
 }
-// Sixteen lines run their steady chunks in one pass in the wider body, which keeps the
-// shelves' lanes from chunk to chunk, and step by step on the baseline. Whatever changes or
-// runs the shelves in between, the kept lanes must carry on as the shelves themselves do:
-// the same samples through a decay change (a crossfade, then other shelves), a clear, air on
-// (another pass runs the shelves) and off again, a buffer-size change, a rate change, and
-// blocks cut into unequal chunks.
-TEST(Reverb, KeptLanesCarryOnAsTheStepsThroughEveryChange)
+// Sixteen lines run their steady chunks in one pass in the wider body, and step by step on
+// the baseline; the one pass hands the shelves' delay lines back after every chunk. Whatever
+// changes or runs the shelves in between, both must give the same samples: through a decay
+// change (a crossfade, then other shelves), a clear, air on (another pass runs the shelves)
+// and off again, a buffer-size change, a rate change, and blocks cut into unequal chunks.
+TEST(Reverb, OnePassAndStepsGiveTheSameSamplesThroughEveryChange)
 {
     const std::uint32_t lines = 16;
     Reverb onePass(lines), steps(lines);
