@@ -340,6 +340,7 @@ TEST(Reverb, SumsOfInputAndOutputAreTheSameInEveryPath)
         EXPECT_EQ(allocations, 0u) << lines << " lines";
     }
 }
+
 // Sixteen lines run their steady chunks in one pass in the wider body, and step by step on
 // the baseline; the one pass hands the shelves' delay lines back after every chunk. Whatever
 // changes or runs the shelves in between, both must give the same samples: through a decay

@@ -25,9 +25,10 @@ public:
     /// Adds the gathered terms into `out` (none of their inputs) and forgets them. Audio
     /// thread; real-time safe.
     void addInto(float* out, std::uint32_t n);
-    /// Each of `count` sets of terms into its own output, the sums of `vectorProductsConstant32`
-    /// (as if it were zeroed first), without reading it, in one pass over the outputs. Unless `keep`, each set then
-    /// forgets its terms; kept, an owner writes them again next block.
+    /// Each of `count` sets of terms into its own output, the sums of
+    /// `vectorProductsConstant32` (as if it were zeroed first), without reading it, in one
+    /// pass over the outputs. Unless `keep`, each set then forgets its terms; kept, an owner
+    /// writes them again next block.
     static void writeEach(MixTerms* terms, float* const* outs, std::uint32_t count, std::uint32_t n, bool keep);
     /// Forgets the terms. Audio thread; real-time safe.
     void forget() { count = 0; }
