@@ -2,6 +2,7 @@
 
 #include "TestBiquads.h"
 #include "TestSignals.h"
+#include "WideVectorsRestored.h"
 #include "dsp/TarvoDspFastHadamardTransform.h"
 #include "math/TarvoDspWideVectors.h"
 
@@ -29,6 +30,7 @@ struct LineFilters
 // the inputs (read after they are written).
 TEST(LateColumns, OnePassEqualsTheStepsInTurn)
 {
+    const tarvo::testing::WideVectorsRestored wideAfterwards;
     for (bool wide : {true, false})
         for (std::uint32_t lines : {8u, 16u})
             for (bool air : {false, true})
@@ -113,11 +115,11 @@ TEST(LateColumns, OnePassEqualsTheStepsInTurn)
                             }
                         }
                     }
-    ondo::simd::allowWideVectors(true);
 }
 
 TEST(LateColumns, TakesOnlyTheChunksItCanRunExactly)
 {
+    const tarvo::testing::WideVectorsRestored wideAfterwards;
     // Other line counts, sixteen on the baseline, and factors of 0, whose exact zeros the
     // steps give by shortcut.
     EXPECT_FALSE(Quor::canRunLateColumns(4, 1.0f, 1.0f));
@@ -128,6 +130,5 @@ TEST(LateColumns, TakesOnlyTheChunksItCanRunExactly)
     EXPECT_EQ(Quor::canRunLateColumns(16, 1.0f, 1.0f), ondo::simd::useWideVectors());
     ondo::simd::allowWideVectors(false);
     EXPECT_FALSE(Quor::canRunLateColumns(16, 1.0f, 1.0f));
-    ondo::simd::allowWideVectors(true);
 }
 } // namespace

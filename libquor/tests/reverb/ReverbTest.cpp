@@ -2,6 +2,7 @@
 
 #include "AllocationCounter.h"
 #include "TestSignals.h"
+#include "WideVectorsRestored.h"
 #include "dsp/TarvoDspDecayAnalysis.h"
 #include "math/TarvoDspDenormals.h"
 #include "math/TarvoDspWideVectors.h"
@@ -348,6 +349,7 @@ TEST(Reverb, SumsOfInputAndOutputAreTheSameInEveryPath)
 // and off again, a buffer-size change, a rate change, and blocks cut into unequal chunks.
 TEST(Reverb, OnePassAndStepsGiveTheSameSamplesThroughEveryChange)
 {
+    const tarvo::testing::WideVectorsRestored wideAfterwards;
     const std::uint32_t lines = 16;
     Reverb onePass(lines), steps(lines);
     ChannelBlock in(lines, 100), outOnePass(lines, 100), outSteps(lines, 100);
@@ -381,6 +383,5 @@ TEST(Reverb, OnePassAndStepsGiveTheSameSamplesThroughEveryChange)
         for (std::uint32_t c = 0; c < lines; ++c)
             ASSERT_EQ(outOnePass.data[c], outSteps.data[c]) << "block " << block << ", line " << c;
     }
-    ondo::simd::allowWideVectors(true);
 }
 } // namespace

@@ -1,6 +1,7 @@
 #include "reverb/QuorSourceSends.h"
 
 #include "TestSignals.h"
+#include "WideVectorsRestored.h"
 #include "math/TarvoDspNonFinite.h"
 #include "math/TarvoDspVectorPrimitives.h"
 #include "math/TarvoDspWideVectors.h"
@@ -28,6 +29,7 @@ std::vector<std::uint32_t> bitsOf(const std::vector<float>& samples)
 // that end inside a vector, direct channels apart from the sources and on them.
 TEST(SourceSends, OnePassEqualsCleaningSummingAndScaling)
 {
+    const tarvo::testing::WideVectorsRestored wideAfterwards;
     const float unusable[] = {std::numeric_limits<float>::quiet_NaN(), -std::numeric_limits<float>::infinity(),
                               3.0e38f, -2.0e19f};
     const std::vector<float> sendGains = {0.5f, 1.0f, 0.25f, 0.0f, 2.0f};
@@ -85,6 +87,5 @@ TEST(SourceSends, OnePassEqualsCleaningSummingAndScaling)
                     }
                 }
             }
-    ondo::simd::allowWideVectors(true);
 }
 } // namespace

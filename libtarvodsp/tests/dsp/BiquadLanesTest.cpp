@@ -2,6 +2,7 @@
 
 #include "TestBiquads.h"
 #include "TestSignals.h"
+#include "WideVectorsRestored.h"
 #include "math/TarvoDspWideVectors.h"
 
 #include <gtest/gtest.h>
@@ -19,6 +20,7 @@ using tarvo::testing::resonantSection;
 // samples.
 TEST(BiquadLanes, SideBySideMatchesEachChannelsOwnFiltersInEveryBody)
 {
+    const tarvo::testing::WideVectorsRestored wideAfterwards;
     for (bool wide : {false, true})
     for (bool twoStages : {false, true})
     {
@@ -62,15 +64,14 @@ TEST(BiquadLanes, SideBySideMatchesEachChannelsOwnFiltersInEveryBody)
                 }
             }
     }
-    ondo::simd::allowWideVectors(true);
 }
 
 TEST(BiquadLanes, WideBodiesAreUsedOnlyWhereTheProcessorHasThem)
 {
+    const tarvo::testing::WideVectorsRestored wideAfterwards;
     ondo::simd::allowWideVectors(true);
     EXPECT_EQ(ondo::simd::useWideVectors(), ondo::simd::processorHasWideVectors());
     ondo::simd::allowWideVectors(false);
     EXPECT_FALSE(ondo::simd::useWideVectors());
-    ondo::simd::allowWideVectors(true);
 }
 } // namespace

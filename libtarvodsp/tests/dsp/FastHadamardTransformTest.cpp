@@ -1,4 +1,6 @@
 #include "dsp/TarvoDspFastHadamardTransform.h"
+
+#include "WideVectorsRestored.h"
 #include "math/TarvoDspWideVectors.h"
 
 #include <gtest/gtest.h>
@@ -183,6 +185,7 @@ TEST(FastHadamardTransform, OutOfPlaceLeavesInputAndMatchesInPlace)
 // the wider one.
 TEST(FastHadamardTransform, ColumnsInPlaceAreSylvestersProductTimesTheGain)
 {
+    const tarvo::testing::WideVectorsRestored wideAfterwards;
     for (bool wide : {false, true})
     for (std::uint32_t size : {2u, 4u, 8u, 16u})
         for (float gain : {1.0f, 0.35355339f})
@@ -202,7 +205,6 @@ TEST(FastHadamardTransform, ColumnsInPlaceAreSylvestersProductTimesTheGain)
                     ASSERT_EQ(x.data[r][i], static_cast<float>(sum) * gain) << size << " " << r << " " << i;
                 }
         }
-    ondo::simd::allowWideVectors(true);
 }
 
 TEST(FastHadamardTransform, ColumnsRefuseOtherSizesAndOrderings)

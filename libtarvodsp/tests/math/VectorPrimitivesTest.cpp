@@ -1,4 +1,6 @@
 #include "math/TarvoDspVectorPrimitives.h"
+
+#include "WideVectorsRestored.h"
 #include "math/TarvoDspWideVectors.h"
 
 #include <gtest/gtest.h>
@@ -186,6 +188,7 @@ TEST(VectorPrimitives, SetZeroCopyOnUnalignedPointers)
 
 TEST(VectorPrimitives, SeveralProductsAddAsTheSameSumsInOrder)
 {
+    const tarvo::testing::WideVectorsRestored wideAfterwards;
     // 77 samples cover the long runs held in registers, single vectors and the tail, in
     // either body. Every buffer starts one float past the allocation's alignment, where an
     // aligned vector move would fault.
@@ -246,5 +249,4 @@ TEST(VectorPrimitives, SeveralProductsAddAsTheSameSumsInOrder)
         for (int i = 0; i < n; ++i)
             EXPECT_EQ(second[i + 1], 0.0f + source(0, i) * gains[0]) << "sample " << i;
     }
-    ondo::simd::allowWideVectors(true);
 }
